@@ -1,0 +1,67 @@
+#include "app/application.h"
+
+#include <csignal>
+#include <cstring>
+
+#include <unistd.h>
+
+#include "app/command_line.h"
+#include "app/termination_signals.h"
+#include "diagnostics/logbook.h"
+#include "diagnostics/logger.h"
+#include "diagnostics/logging_manager.h"
+#include "diagnostics/logging_service.h"
+#include "diagnostics/stderr_log.h"
+#include "foundation/event_loop.h"
+#include "foundation/json_file_preferences.h"
+#include "foundation/notification_center.h"
+
+namespace corvetta {
+
+int runApplication(const Paths& paths, const Clock& clock) {
+    StderrLog platformLog;
+    JsonFilePreferences preferences(paths.preferencesFile(), clock);
+    NotificationCenter notifications;
+    Logbook logbook(preferences, notifications, clock, &platformLog);
+    LoggingService loggingService(preferences, logbook);
+    Logger logger(loggingService, "AppDelegate", LogCategory::startup());
+
+    for (const auto& warning : preferences.loadWarnings()) {
+        logger.warning(warning);
+    }
+
+    EventLoop loop(clock, [&logger](std::exception_ptr failure) {
+        try {
+            std::rethrow_exception(failure);
+        } catch (const std::exception& e) {
+            logger.error(std::string("Unhandled error in main-queue work: ") + e.what());
+        } catch (...) {
+            logger.error("Unhandled error in main-queue work");
+        }
+    });
+
+    auto loggingObserver = notifications.addObserver(
+        LoggingManager::kSettingsChangedNotification,
+        [&loggingService](const Notification&) { loggingService.reloadSettings(); });
+    logger.info(std::string("Logging observer set up for notification: ") +
+                LoggingManager::kSettingsChangedNotification);
+
+    TerminationSignals signals(loop, [&](int signal) {
+        logger.info(std::string("Received ") + (signal == SIGINT ? "SIGINT" : "SIGTERM") +
+                    ", shutting down");
+        loop.stop();
+    });
+
+    loop.post(
+        [&] { logger.info(versionText() + " ready (pid " + std::to_string(getpid()) + ")"); });
+    loop.run();
+
+    if (!preferences.synchronize()) {
+        logger.error("Could not save preferences: " + preferences.lastWriteError());
+    }
+    logger.info("Stopped cleanly");
+    platformLog.flush();
+    return 0;
+}
+
+}  // namespace corvetta

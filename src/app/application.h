@@ -1,0 +1,12 @@
+#pragma once
+
+#include "foundation/clock.h"
+#include "foundation/paths.h"
+
+namespace corvetta {
+
+// The process root for now: builds the long-lived services, runs the main queue until a
+// termination signal arrives, and shuts down cleanly. Returns the process exit code.
+int runApplication(const Paths& paths, const Clock& clock);
+
+}  // namespace corvetta

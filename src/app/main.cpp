@@ -1,0 +1,33 @@
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "app/application.h"
+#include "app/command_line.h"
+
+int main(int argc, char** argv) {
+    using namespace corvetta;
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const auto options = parseCommandLine(arguments);
+    if (!options) {
+        std::fprintf(stderr, "corvetta: %s\nTry 'corvetta --help' for more information.\n",
+                     options.error().message.c_str());
+        return 2;
+    }
+    if (options->showHelp) {
+        std::fputs(helpText().c_str(), stdout);
+        return 0;
+    }
+    if (options->showVersion) {
+        std::puts(versionText().c_str());
+        return 0;
+    }
+    try {
+        SystemClock clock;
+        return runApplication(Paths::resolve(processEnvironment()), clock);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "corvetta: %s\n", e.what());
+        return 1;
+    }
+}
