@@ -2,8 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -115,16 +113,38 @@ Expected<void, FileError> writeFileAtomically(const std::filesystem::path& path,
 }
 
 Expected<std::string, FileError> readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
         return failure(path, "Could not open");
     }
-    std::ostringstream contents;
-    contents << in.rdbuf();
-    if (in.bad()) {
-        return failure(path, "Could not read");
+    struct stat info {};
+    if (fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
+        if (S_ISDIR(info.st_mode)) {
+            errno = EISDIR;
+        }
+        auto error = failure(path, "Could not read");
+        close(fd);
+        return error;
     }
-    return contents.str();
+    std::string contents;
+    char buffer[65536];
+    while (true) {
+        const ssize_t n = read(fd, buffer, sizeof buffer);
+        if (n == 0) {
+            break;
+        }
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            auto error = failure(path, "Could not read");
+            close(fd);
+            return error;
+        }
+        contents.append(buffer, static_cast<std::size_t>(n));
+    }
+    close(fd);
+    return contents;
 }
 
 std::filesystem::path quarantinePath(const std::filesystem::path& folder, std::string_view stem,

@@ -1,0 +1,77 @@
+#include <set>
+#include <unordered_set>
+
+#include <gtest/gtest.h>
+
+#include "foundation/base64.h"
+#include "foundation/uuid.h"
+
+namespace corvetta {
+namespace {
+
+TEST(Uuid, RandomIdentifiersAreVersionFourAndDistinct) {
+    std::set<Uuid> seen;
+    for (int i = 0; i < 200; ++i) {
+        const Uuid id = Uuid::random();
+        EXPECT_EQ(id.bytes()[6] >> 4, 4);       // version 4
+        EXPECT_EQ(id.bytes()[8] & 0xC0, 0x80);  // RFC 4122 variant
+        seen.insert(id);
+    }
+    EXPECT_EQ(seen.size(), 200u);
+}
+
+TEST(Uuid, TextFormIsCanonicalUpperCaseAndRoundTrips) {
+    const Uuid id = Uuid::random();
+    const std::string text = id.string();
+    ASSERT_EQ(text.size(), 36u);
+    for (char c : text) {
+        EXPECT_TRUE(c == '-' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F')) << text;
+    }
+    EXPECT_EQ(Uuid::parse(text), id);
+}
+
+TEST(Uuid, ParsesEitherCase) {
+    const auto upper = Uuid::parse("E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
+    const auto lower = Uuid::parse("e621e1f8-c36c-495a-93fc-0c247a3e6e5f");
+    ASSERT_TRUE(upper && lower);
+    EXPECT_EQ(*upper, *lower);
+    EXPECT_EQ(lower->string(), "E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
+}
+
+TEST(Uuid, RefusesMalformedText) {
+    for (const char* bad :
+         {"", "E621E1F8C36C495A93FC0C247A3E6E5F", "E621E1F8-C36C-495A-93FC-0C247A3E6E5",
+          "E621E1F8-C36C-495A-93FC-0C247A3E6E5F0", "G621E1F8-C36C-495A-93FC-0C247A3E6E5F",
+          "{E621E1F8-C36C-495A-93FC-0C247A3E6E5F}", "E621E1F8_C36C_495A_93FC_0C247A3E6E5F"}) {
+        EXPECT_FALSE(Uuid::parse(bad)) << bad;
+    }
+}
+
+TEST(Uuid, NilAndHashing) {
+    EXPECT_TRUE(Uuid().isNil());
+    EXPECT_EQ(Uuid().string(), "00000000-0000-0000-0000-000000000000");
+    EXPECT_FALSE(Uuid::random().isNil());
+    std::unordered_set<Uuid> set{Uuid::random(), Uuid::random()};
+    EXPECT_EQ(set.size(), 2u);
+}
+
+TEST(Base64, EncodesWithPaddingAndRoundTripsEveryLength) {
+    EXPECT_EQ(base64Encode({}), "");
+    EXPECT_EQ(base64Encode({'f'}), "Zg==");
+    EXPECT_EQ(base64Encode({'f', 'o'}), "Zm8=");
+    EXPECT_EQ(base64Encode({'f', 'o', 'o'}), "Zm9v");
+    Bytes data;
+    for (int n = 0; n < 40; ++n) {
+        EXPECT_EQ(base64Decode(base64Encode(data)), data);
+        data.push_back(static_cast<std::uint8_t>(n * 37 + 255));
+    }
+}
+
+TEST(Base64, RefusesDamagedText) {
+    for (const char* bad : {"Zg=", "Z===", "Zm9v!A==", "Zg==Zg==", "Zm=v"}) {
+        EXPECT_FALSE(base64Decode(bad)) << bad;
+    }
+}
+
+}  // namespace
+}  // namespace corvetta

@@ -1,0 +1,154 @@
+#include "foundation/files.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/temporary_folder.h"
+
+namespace corvetta {
+namespace {
+
+using testing::readTestFile;
+using testing::TemporaryFolder;
+using testing::writeTestFile;
+
+std::size_t entriesIn(const std::filesystem::path& folder) {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(AtomicWrite, CreatesFoldersReplacesContentsAndLeavesNoTemporaryFiles) {
+    TemporaryFolder folder;
+    const auto file = folder / "a/b/c/workspaces-backup.json";
+    ASSERT_TRUE(writeFileAtomically(file, "first"));
+    ASSERT_TRUE(writeFileAtomically(file, "second, longer"));
+    ASSERT_TRUE(writeFileAtomically(file, "3"));
+    EXPECT_EQ(readTestFile(file), "3");
+    EXPECT_EQ(entriesIn(file.parent_path()), 1u);
+}
+
+TEST(AtomicWrite, KeepsTheModeOfTheFileItReplaces) {
+    TemporaryFolder folder;
+    const auto file = folder / "private.json";
+    ASSERT_TRUE(writeFileAtomically(file, "x"));
+    std::filesystem::permissions(
+        file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ASSERT_TRUE(writeFileAtomically(file, "y"));
+    EXPECT_EQ(std::filesystem::status(file).permissions() & std::filesystem::perms::all,
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+}
+
+TEST(AtomicWrite, FailureNamesThePathAndKeepsTheOldFile) {
+    TemporaryFolder folder;
+    const auto blocker = folder / "blocker";
+    writeTestFile(blocker, "a file where a folder should be");
+    const auto result = writeFileAtomically(blocker / "settings.json", "x");
+    ASSERT_FALSE(result);
+    EXPECT_NE(result.error().description().find("blocker"), std::string::npos);
+    EXPECT_EQ(readTestFile(blocker), "a file where a folder should be");
+}
+
+// A disk that fills up half-way: the write fails, the old contents stay whole and the partial
+// temporary file is cleaned up. Run in a child process because the size limit is process-wide.
+TEST(AtomicWrite, AWriteCutShortLeavesTheOldFileWhole) {
+    TemporaryFolder folder;
+    const auto file = folder / "spaces.json";
+    const std::string original(1000, 'o');
+    writeTestFile(file, original);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{4096, 4096};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const auto result = writeFileAtomically(file, std::string(100'000, 'n'));
+        _exit(result ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the cut-short write reported success";
+    EXPECT_EQ(readTestFile(file), original);
+    EXPECT_EQ(entriesIn(folder.path()), 1u);
+}
+
+// A writer killed at an arbitrary moment leaves one complete version or the other, never a mix.
+TEST(AtomicWrite, AKilledWriterNeverLeavesAMixedFile) {
+    TemporaryFolder folder;
+    const auto file = folder / "workspaces-backup.json";
+    const std::string a(200'000, 'a');
+    const std::string b(300'000, 'b');
+    ASSERT_TRUE(writeFileAtomically(file, a));
+    int progress[2];
+    ASSERT_EQ(pipe(progress), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        close(progress[0]);
+        for (int i = 0;; ++i) {
+            if (!writeFileAtomically(file, i % 2 ? a : b))
+                _exit(1);
+            const char tick = 't';
+            if (write(progress[1], &tick, 1) != 1)
+                _exit(1);
+        }
+    }
+    close(progress[1]);
+    // Let it finish a few writes, so the kill lands in the middle of a later one.
+    char ticks[5];
+    std::size_t seen = 0;
+    while (seen < sizeof ticks) {
+        const auto n = read(progress[0], ticks, sizeof ticks - seen);
+        ASSERT_GT(n, 0);
+        seen += static_cast<std::size_t>(n);
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    close(progress[0]);
+    const std::string contents = readTestFile(file);
+    EXPECT_TRUE(contents == a || contents == b) << "mixed file of " << contents.size() << " bytes";
+}
+
+TEST(ReadFile, ReportsMissingFilesAndFolders) {
+    TemporaryFolder folder;
+    EXPECT_FALSE(readFile(folder / "missing.json"));
+    EXPECT_FALSE(readFile(folder.path()));
+    writeTestFile(folder / "x.json", std::string("a\0b", 3));
+    EXPECT_EQ(readFile(folder / "x.json").value(), std::string("a\0b", 3));
+}
+
+TEST(Quarantine, KeepsRawBytesUnderADatedNameThatNeverOverwrites) {
+    TemporaryFolder folder;
+    const Date when = *parseIso8601("2026-11-21T10:15:30Z");
+    const auto first = quarantineData(folder / "nested", "workspaces", "raw\xff bytes", when);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->filename(), "workspaces-quarantine-2026-11-21T10-15-30Z.json");
+    EXPECT_EQ(readTestFile(*first), "raw\xff bytes");
+    const auto second = quarantineData(folder / "nested", "workspaces", "more", when);
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->filename(), "workspaces-quarantine-2026-11-21T10-15-30Z-2.json");
+    EXPECT_EQ(readTestFile(*first), "raw\xff bytes");
+}
+
+TEST(Quarantine, MovesADamagedFileAside) {
+    TemporaryFolder folder;
+    writeTestFile(folder / "spaces.json", "{broken");
+    const auto moved =
+        quarantineFile(folder / "spaces.json", "spaces", *parseIso8601("2026-01-02T03:04:05Z"));
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(*moved, folder / "spaces-quarantine-2026-01-02T03-04-05Z.json");
+    EXPECT_EQ(readTestFile(*moved), "{broken");
+    EXPECT_FALSE(std::filesystem::exists(folder / "spaces.json"));
+    EXPECT_FALSE(quarantineFile(folder / "spaces.json", "spaces", Date{}));
+}
+
+}  // namespace
+}  // namespace corvetta

@@ -1,0 +1,243 @@
+#include <future>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "foundation/event_loop.h"
+#include "foundation/manual_queue.h"
+
+namespace corvetta {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ManualQueueTest : public ::testing::Test {
+  protected:
+    ManualClock clock;
+    ManualQueue queue{clock};
+    std::vector<std::string> order;
+
+    Task record(std::string name) {
+        return [this, name] { order.push_back(name); };
+    }
+};
+
+TEST_F(ManualQueueTest, NothingRunsUntilTheTestRunsTheQueue) {
+    queue.post(record("a"));
+    EXPECT_TRUE(order.empty());
+    EXPECT_EQ(queue.pendingCount(), 1u);
+    EXPECT_EQ(queue.runUntilIdle(), 1u);
+    EXPECT_EQ(order, std::vector<std::string>{"a"});
+}
+
+TEST_F(ManualQueueTest, PostedWorkRunsInOrderIncludingWorkItPosts) {
+    queue.post([this] {
+        order.push_back("a");
+        queue.post(record("c"));
+    });
+    queue.post(record("b"));
+    queue.runUntilIdle();
+    EXPECT_EQ(order, (std::vector<std::string>{"a", "b", "c"}));
+}
+
+TEST_F(ManualQueueTest, DelayedWorkRunsAtItsDueTimeInDueOrder) {
+    queue.postDelayed(3s, record("3s"));
+    queue.postDelayed(1s, record("1s-first"));
+    queue.postDelayed(1s, record("1s-second"));
+    queue.postDelayed(2500ms, record("2.5s"));
+    queue.advance(999ms);
+    EXPECT_TRUE(order.empty());
+    queue.advance(1ms);
+    EXPECT_EQ(order, (std::vector<std::string>{"1s-first", "1s-second"}));
+    queue.advance(10s);
+    EXPECT_EQ(order, (std::vector<std::string>{"1s-first", "1s-second", "2.5s", "3s"}));
+}
+
+TEST_F(ManualQueueTest, EachDelayedItemSeesTheClockAtItsOwnDueTime) {
+    const auto start = clock.monotonicNow();
+    std::vector<Duration> seen;
+    queue.postDelayed(2s, [&] {
+        seen.push_back(clock.monotonicNow() - start);
+        // A follow-up scheduled from inside counts from this moment, not from the test's.
+        queue.postDelayed(1s, [&] { seen.push_back(clock.monotonicNow() - start); });
+    });
+    queue.advance(5s);
+    EXPECT_EQ(seen, (std::vector<Duration>{2s, 3s}));
+    EXPECT_EQ(clock.monotonicNow() - start, 5s);
+}
+
+TEST_F(ManualQueueTest, CancelledWorkNeverRuns) {
+    WorkItem item = queue.postDelayed(1s, record("cancelled"));
+    queue.postDelayed(2s, record("kept"));
+    EXPECT_TRUE(item.isPending());
+    item.cancel();
+    EXPECT_TRUE(item.isCancelled());
+    queue.advance(5s);
+    EXPECT_EQ(order, std::vector<std::string>{"kept"});
+    EXPECT_FALSE(item.hasRun());
+}
+
+TEST_F(ManualQueueTest, CancelAfterRunningChangesNothing) {
+    WorkItem item = queue.postDelayed(1s, record("ran"));
+    queue.advance(1s);
+    item.cancel();
+    EXPECT_TRUE(item.hasRun());
+    EXPECT_EQ(order, std::vector<std::string>{"ran"});
+}
+
+TEST_F(ManualQueueTest, ANewerRequestReplacesThePendingOne) {
+    DelayedWorkSlot debounce(queue);
+    debounce.schedule(500ms, record("first"));
+    queue.advance(400ms);
+    debounce.schedule(500ms, record("second"));
+    queue.advance(400ms);
+    EXPECT_TRUE(order.empty());
+    EXPECT_TRUE(debounce.isPending());
+    queue.advance(100ms);
+    EXPECT_EQ(order, std::vector<std::string>{"second"});
+    EXPECT_FALSE(debounce.isPending());
+}
+
+TEST_F(ManualQueueTest, DroppingTheSlotCancelsItsWork) {
+    {
+        DelayedWorkSlot slot(queue);
+        slot.schedule(1s, record("never"));
+    }
+    queue.advance(2s);
+    EXPECT_TRUE(order.empty());
+}
+
+TEST_F(ManualQueueTest, TimeUntilNextDueIgnoresCancelledWork) {
+    EXPECT_FALSE(queue.timeUntilNextDue());
+    auto early = queue.postDelayed(1s, [] {});
+    queue.postDelayed(3s, [] {});
+    EXPECT_EQ(queue.timeUntilNextDue(), Duration(1s));
+    early.cancel();
+    EXPECT_EQ(queue.timeUntilNextDue(), Duration(3s));
+}
+
+TEST_F(ManualQueueTest, AFailingTaskIsReportedAndTheQueueGoesOn) {
+    std::vector<std::string> failures;
+    ManualQueue guarded(clock, [&](std::exception_ptr e) {
+        try {
+            std::rethrow_exception(e);
+        } catch (const std::exception& error) {
+            failures.push_back(error.what());
+        }
+    });
+    guarded.post([] { throw std::runtime_error("boom"); });
+    guarded.post(record("after"));
+    guarded.runUntilIdle();
+    EXPECT_EQ(failures, std::vector<std::string>{"boom"});
+    EXPECT_EQ(order, std::vector<std::string>{"after"});
+}
+
+TEST_F(ManualQueueTest, WorkThatNeverStopsRepostingFailsInsteadOfHanging) {
+    std::function<void()> again = [&] { queue.post(again); };
+    queue.post(again);
+    EXPECT_THROW(queue.runUntilIdle(), std::logic_error);
+}
+
+TEST_F(ManualQueueTest, WatchedDescriptorsAreServedWhenReady) {
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    std::string received;
+    FdWatch watch = queue.watch(fds[0], static_cast<unsigned>(FdEvent::readable), [&](unsigned ev) {
+        EXPECT_TRUE(hasEvent(ev, FdEvent::readable));
+        char buffer[16];
+        const auto n = read(fds[0], buffer, sizeof buffer);
+        received.append(buffer, static_cast<std::size_t>(n));
+    });
+    queue.runUntilIdle();
+    EXPECT_TRUE(received.empty());
+    ASSERT_EQ(write(fds[1], "hi", 2), 2);
+    queue.runUntilIdle();
+    EXPECT_EQ(received, "hi");
+    watch.reset();
+    ASSERT_EQ(write(fds[1], "!", 1), 1);
+    queue.runUntilIdle();
+    EXPECT_EQ(received, "hi");
+    close(fds[0]);
+    close(fds[1]);
+}
+
+TEST_F(ManualQueueTest, RunAndWaitFromAnotherThreadRunsOnTheMainThread) {
+    std::thread::id ranOn;
+    auto caller = std::async(std::launch::async, [&] {
+        queue.runAndWait([&] { ranOn = std::this_thread::get_id(); });
+        return 42;
+    });
+    ASSERT_TRUE(queue.waitForPostedWork(10s));
+    queue.runUntilIdle();
+    EXPECT_EQ(caller.get(), 42);
+    EXPECT_EQ(ranOn, std::this_thread::get_id());
+}
+
+TEST_F(ManualQueueTest, RunAndWaitPassesExceptionsBackAndRunsAtOnceOnTheMainThread) {
+    auto caller = std::async(
+        std::launch::async, [&] { queue.runAndWait([] { throw std::runtime_error("refused"); }); });
+    ASSERT_TRUE(queue.waitForPostedWork(10s));
+    queue.runUntilIdle();
+    EXPECT_THROW(caller.get(), std::runtime_error);
+
+    bool ran = false;
+    queue.runAndWait([&] { ran = true; });
+    EXPECT_TRUE(ran);
+}
+
+// The one test on real time: the program's loop must wake for posts from other threads, for due
+// timers and for ready descriptors, and stop when asked.
+TEST(EventLoop, RunsPostedDelayedAndDescriptorWorkInRealTime) {
+    SystemClock clock;
+    EventLoop loop(clock);
+    std::vector<std::string> order;
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+
+    FdWatch watch = loop.watch(fds[0], static_cast<unsigned>(FdEvent::readable), [&](unsigned) {
+        char c;
+        ASSERT_EQ(read(fds[0], &c, 1), 1);
+        order.push_back(std::string("fd:") + c);
+        loop.postDelayed(20ms, [&] {
+            order.push_back("timer");
+            loop.stop();
+        });
+    });
+    auto cancelled = loop.postDelayed(10ms, [&] { order.push_back("cancelled"); });
+    cancelled.cancel();
+    std::thread other([&] {
+        loop.runAndWait([&] { order.push_back("from-thread"); });
+        ASSERT_EQ(write(fds[1], "x", 1), 1);
+    });
+    const auto started = clock.monotonicNow();
+    loop.run();
+    other.join();
+    EXPECT_EQ(order, (std::vector<std::string>{"from-thread", "fd:x", "timer"}));
+    EXPECT_GE(clock.monotonicNow() - started, 20ms);
+    close(fds[0]);
+    close(fds[1]);
+}
+
+TEST(EventLoop, MainThreadIsTheOneRunningTheLoop) {
+    SystemClock clock;
+    EventLoop loop(clock);
+    bool onMain = false;
+    std::thread runner([&] {
+        loop.post([&] {
+            onMain = loop.isMainThread();
+            loop.stop();
+        });
+        loop.run();
+    });
+    runner.join();
+    EXPECT_TRUE(onMain);
+    EXPECT_FALSE(loop.isMainThread());
+}
+
+}  // namespace
+}  // namespace corvetta

@@ -1,0 +1,198 @@
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "foundation/json.h"
+#include "foundation/json_file_preferences.h"
+#include "support/temporary_folder.h"
+
+namespace corvetta {
+namespace {
+
+using testing::readTestFile;
+using testing::TemporaryFolder;
+using testing::writeTestFile;
+
+TEST(PreferencesReads, AbsentIsDistinctFromZeroAndFalse) {
+    InMemoryPreferences prefs({{"zero", 0}, {"off", false}, {"empty", ""}});
+    EXPECT_EQ(prefs.integer("zero"), 0);
+    EXPECT_EQ(prefs.boolValue("off"), false);
+    EXPECT_EQ(prefs.string("empty"), "");
+    EXPECT_FALSE(prefs.integer("missing"));
+    EXPECT_FALSE(prefs.boolValue("missing"));
+    EXPECT_FALSE(prefs.doubleValue("missing"));
+    EXPECT_FALSE(prefs.floatValue("missing"));
+    EXPECT_FALSE(prefs.string("missing"));
+    EXPECT_FALSE(prefs.stringList("missing"));
+    EXPECT_FALSE(prefs.dictionary("missing"));
+    EXPECT_FALSE(prefs.data("missing"));
+}
+
+TEST(PreferencesReads, NumbersAndBooleansConvertLikeTheUserDefaults) {
+    InMemoryPreferences prefs({{"int", 10},
+                               {"double", 2.75},
+                               {"yes", true},
+                               {"text", "42"},
+                               {"word", "YES"},
+                               {"junk", "abc"}});
+    EXPECT_EQ(prefs.doubleValue("int"), 10.0);
+    EXPECT_EQ(prefs.integer("double"), 2);
+    EXPECT_EQ(prefs.boolValue("double"), true);
+    EXPECT_EQ(prefs.integer("yes"), 1);
+    EXPECT_EQ(prefs.integer("text"), 42);
+    EXPECT_EQ(prefs.boolValue("word"), true);
+    EXPECT_FALSE(prefs.integer("junk"));
+    EXPECT_FALSE(prefs.boolValue("junk"));
+    // Text stays text: a number is not a string.
+    EXPECT_FALSE(prefs.string("int"));
+}
+
+TEST(PreferencesReads, FloatReadsAreNarrowedThenWidened) {
+    InMemoryPreferences prefs({{"almostMaximizeHeight", 0.9}, {"gapSize", 5}});
+    EXPECT_EQ(prefs.doubleValue("almostMaximizeHeight"), 0.9);
+    EXPECT_EQ(prefs.floatValue("almostMaximizeHeight"), static_cast<double>(0.9f));
+    EXPECT_NE(*prefs.floatValue("almostMaximizeHeight"), 0.9);
+    EXPECT_EQ(prefs.floatValue("gapSize"), 5.0);
+}
+
+TEST(PreferencesReads, ListsDictionariesAndData) {
+    InMemoryPreferences prefs;
+    prefs.set("categories", std::vector<std::string>{"shortcut", "workspace"});
+    prefs.set("mixed", PropertyValue::Array{PropertyValue("a"), PropertyValue(1)});
+    prefs.set("dict", PropertyValue::Dictionary{{"keyCode", 123}, {"modifiers", 786432}});
+    prefs.set("blob", Bytes{0, 1, 2, 255});
+    EXPECT_EQ(prefs.stringList("categories"), (std::vector<std::string>{"shortcut", "workspace"}));
+    EXPECT_FALSE(prefs.stringList("mixed"));
+    ASSERT_TRUE(prefs.dictionary("dict"));
+    EXPECT_EQ(prefs.dictionary("dict")->at("keyCode").toInteger(), 123);
+    EXPECT_EQ(prefs.data("blob"), (Bytes{0, 1, 2, 255}));
+    EXPECT_FALSE(prefs.data("dict"));
+    prefs.remove("blob");
+    EXPECT_FALSE(prefs.data("blob"));
+}
+
+class JsonFilePreferencesTest : public ::testing::Test {
+  protected:
+    TemporaryFolder folder;
+    ManualClock clock;
+    std::filesystem::path file = folder / "config/corvetta/preferences.json";
+};
+
+TEST_F(JsonFilePreferencesTest, ValuesSurviveAReload) {
+    {
+        JsonFilePreferences prefs(file, clock);
+        EXPECT_TRUE(prefs.loadWarnings().empty());
+        prefs.set("layoutSpacing", 10);
+        prefs.set("layoutLockEnabled", false);
+        prefs.set("almostMaximizeHeight", 0.85);
+        prefs.set("name", "Work");
+        prefs.set("Logbook.disabledCategories", std::vector<std::string>{"toast"});
+        prefs.set("shortcut", PropertyValue::Dictionary{{"keyCode", 123}});
+        prefs.set("savedWorkspaces", Bytes{'[', ']', 0, 200});
+        prefs.set("gone", true);
+        prefs.remove("gone");
+        EXPECT_TRUE(prefs.synchronize());
+    }
+    JsonFilePreferences reloaded(file, clock);
+    EXPECT_EQ(reloaded.integer("layoutSpacing"), 10);
+    EXPECT_EQ(reloaded.boolValue("layoutLockEnabled"), false);
+    EXPECT_EQ(reloaded.doubleValue("almostMaximizeHeight"), 0.85);
+    EXPECT_EQ(reloaded.string("name"), "Work");
+    EXPECT_EQ(reloaded.stringList("Logbook.disabledCategories"), std::vector<std::string>{"toast"});
+    EXPECT_EQ(reloaded.dictionary("shortcut")->at("keyCode").toInteger(), 123);
+    EXPECT_EQ(reloaded.data("savedWorkspaces"), (Bytes{'[', ']', 0, 200}));
+    EXPECT_FALSE(reloaded.object("gone"));
+}
+
+TEST_F(JsonFilePreferencesTest, FileIsPlainJsonThatAPersonCanWrite) {
+    writeTestFile(file, R"({"layoutSpacing": 10, "layoutLockEnabled": false})");
+    JsonFilePreferences prefs(file, clock);
+    EXPECT_EQ(prefs.integer("layoutSpacing"), 10);
+    EXPECT_EQ(prefs.boolValue("layoutLockEnabled"), false);
+
+    prefs.set("blob", Bytes{'h', 'i'});
+    const Json written = Json::parse(readTestFile(file));
+    EXPECT_EQ(written["layoutSpacing"], 10);
+    EXPECT_EQ(written["layoutLockEnabled"], false);
+    // Data values are base64 text under a "$data" key.
+    EXPECT_EQ(written["blob"], Json({{"$data", "aGk="}}));
+}
+
+TEST_F(JsonFilePreferencesTest, NothingIsWrittenUntilSomethingChanges) {
+    JsonFilePreferences prefs(file, clock);
+    EXPECT_TRUE(prefs.synchronize());
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST_F(JsonFilePreferencesTest, DamagedFileIsQuarantinedAndStartsOnDefaults) {
+    const std::string damaged = "{\"layoutSpacing\": 10,";
+    writeTestFile(file, damaged);
+    clock.setDate(*parseIso8601("2026-11-21T10:15:30Z"));
+    JsonFilePreferences prefs(file, clock);
+
+    EXPECT_FALSE(prefs.integer("layoutSpacing"));
+    const auto quarantined =
+        file.parent_path() / "preferences-quarantine-2026-11-21T10-15-30Z.json";
+    ASSERT_TRUE(std::filesystem::exists(quarantined));
+    EXPECT_EQ(readTestFile(quarantined), damaged);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    ASSERT_EQ(prefs.loadWarnings().size(), 1u);
+    EXPECT_NE(prefs.loadWarnings()[0].find(quarantined.string()), std::string::npos);
+
+    // A second damaged file in the same second gets its own name, never overwriting the first.
+    writeTestFile(file, "[1, 2]");
+    JsonFilePreferences again(file, clock);
+    EXPECT_EQ(
+        readTestFile(file.parent_path() / "preferences-quarantine-2026-11-21T10-15-30Z-2.json"),
+        "[1, 2]");
+}
+
+TEST_F(JsonFilePreferencesTest, ValuesItCannotHoldAreCarriedThroughWrites) {
+    writeTestFile(file, R"({"odd": null, "blob": {"$data": "!!"}, "kept": 1})");
+    JsonFilePreferences prefs(file, clock);
+    EXPECT_EQ(prefs.loadWarnings().size(), 2u);
+    EXPECT_FALSE(prefs.object("odd"));
+    prefs.set("new", 2);
+    const Json written = Json::parse(readTestFile(file));
+    EXPECT_TRUE(written["odd"].is_null());
+    EXPECT_EQ(written["blob"], Json({{"$data", "!!"}}));
+    EXPECT_EQ(written["kept"], 1);
+    EXPECT_EQ(written["new"], 2);
+}
+
+TEST_F(JsonFilePreferencesTest, AFailedWriteKeepsTheChangeAndReportsWhy) {
+    // The file's place is taken by a folder, so the rename cannot succeed.
+    std::filesystem::create_directories(file / "in-the-way");
+    JsonFilePreferences prefs(file, clock);
+    prefs.set("layoutSpacing", 12);
+    EXPECT_EQ(prefs.integer("layoutSpacing"), 12);
+    EXPECT_FALSE(prefs.synchronize());
+    EXPECT_NE(prefs.lastWriteError().find("preferences.json"), std::string::npos);
+
+    std::filesystem::remove_all(file);
+    EXPECT_TRUE(prefs.synchronize());
+    EXPECT_TRUE(prefs.lastWriteError().empty());
+    EXPECT_EQ(JsonFilePreferences(file, clock).integer("layoutSpacing"), 12);
+}
+
+TEST_F(JsonFilePreferencesTest, ConcurrentWritersLoseNothing) {
+    JsonFilePreferences prefs(file, clock);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 25; ++i) {
+                prefs.set("key" + std::to_string(t) + "_" + std::to_string(i), i);
+                (void)prefs.integer("key0_0");
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    JsonFilePreferences reloaded(file, clock);
+    EXPECT_EQ(reloaded.snapshot().size(), 100u);
+    EXPECT_EQ(reloaded.integer("key3_24"), 24);
+}
+
+}  // namespace
+}  // namespace corvetta
