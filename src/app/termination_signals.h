@@ -9,13 +9,13 @@ namespace corvetta {
 // Turns SIGINT and SIGTERM into main-queue work: the handlers only write the signal number to a
 // pipe, and the queue reads it and calls back on the main thread. One instance per process.
 class TerminationSignals {
-  public:
+public:
     TerminationSignals(MainQueue& queue, std::function<void(int signal)> onSignal);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
-  private:
+private:
     int readFd_ = -1;
     int writeFd_ = -1;
     FdWatch watch_;

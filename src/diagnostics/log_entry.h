@@ -17,7 +17,7 @@ struct LogEntry {
 
 // Where entries go besides the log book: the system's log (standard error on Linux).
 class PlatformLog {
-  public:
+public:
     virtual ~PlatformLog() = default;
     virtual void write(const LogEntry& entry) = 0;
 };

@@ -36,7 +36,7 @@ struct LogHandler {
 // Keeps the most recent entries in memory so they can be shown, copied or read by automation
 // clients, and passes each kept entry on to the platform log. Any thread may log.
 class Logbook {
-  public:
+public:
     static constexpr std::size_t kMaxRecentEntries = 500;
     static constexpr const char* kSettingsChangedNotification = "Logbook.settingsChanged";
 
@@ -65,7 +65,7 @@ class Logbook {
 
     const std::string& keyPrefix() const { return keyPrefix_; }
 
-  private:
+private:
     std::string key(const char* name) const { return keyPrefix_ + "." + name; }
     void settingsChanged();
 

@@ -10,7 +10,7 @@ class LoggingService;
 
 // What a service holds to log: its name and the front it writes through. Cheap to copy.
 class Logger {
-  public:
+public:
     Logger(LoggingService& service, std::string serviceName,
            LogCategory defaultCategory = LogCategory::general());
 
@@ -27,7 +27,7 @@ class Logger {
     const std::string& serviceName() const { return serviceName_; }
     const LogCategory& defaultCategory() const { return defaultCategory_; }
 
-  private:
+private:
     LoggingService* service_;
     std::string serviceName_;
     LogCategory defaultCategory_;

@@ -30,7 +30,7 @@ const std::vector<LoggingPreset>& loggingPresets();
 // Every change is written to the user defaults and then announced with
 // "com.corvetta.loggingSettingsChanged".
 class LoggingManager {
-  public:
+public:
     static constexpr const char* kSettingsChangedNotification =
         "com.corvetta.loggingSettingsChanged";
 
@@ -67,7 +67,7 @@ class LoggingManager {
     // The "Logging enabled: ", "Minimum log level: " and "Enabled categories: " lines.
     void logCurrentState();
 
-  private:
+private:
     void apply(const LoggingPreset& preset);
     void write(const LoggingSwitches& switches);
     void announce();

@@ -15,7 +15,7 @@ namespace corvetta {
 // changed in bulk by the presets of LoggingManager; it re-reads them when told to, after the
 // settings-changed notification.
 class LoggingService {
-  public:
+public:
     static constexpr const char* kLoggingEnabledKey = "LoggingService.loggingEnabled";
     static constexpr const char* kMinimumLogLevelKey = "LoggingService.minimumLogLevel";
     static constexpr const char* kEnabledCategoriesKey = "LoggingService.enabledCategories";
@@ -35,7 +35,7 @@ class LoggingService {
 
     Logbook& logbook() { return logbook_; }
 
-  private:
+private:
     Preferences& defaults_;
     Logbook& logbook_;
     mutable std::mutex mutex_;

@@ -19,7 +19,7 @@ std::string formatPlatformLogLine(const LogEntry& entry);
 // blocked terminal never holds up the thread that logs. When the backlog passes `capacity` lines,
 // new lines are dropped and counted, and the count is reported once writing catches up.
 class StderrLog final : public PlatformLog {
-  public:
+public:
     explicit StderrLog(int fd = 2, std::size_t capacity = 10'000);
     ~StderrLog() override;
     StderrLog(const StderrLog&) = delete;
@@ -29,7 +29,7 @@ class StderrLog final : public PlatformLog {
     // Blocks until every line queued so far has been written.
     void flush();
 
-  private:
+private:
     void drain();
     void writeAll(const std::string& text);
 

@@ -13,14 +13,14 @@ using MonotonicTime = std::chrono::steady_clock::time_point;
 // Both kinds of time the program reads: the wall clock for dates that are stored or shown, and a
 // monotonic clock for delays and timeouts.
 class Clock {
-  public:
+public:
     virtual ~Clock() = default;
     virtual Date now() const = 0;
     virtual MonotonicTime monotonicNow() const = 0;
 };
 
 class SystemClock final : public Clock {
-  public:
+public:
     Date now() const override { return std::chrono::system_clock::now(); }
     MonotonicTime monotonicNow() const override { return std::chrono::steady_clock::now(); }
 };
@@ -28,7 +28,7 @@ class SystemClock final : public Clock {
 // A clock that moves only when told to; both readings advance together. Safe to read from any
 // thread, since the log book stamps entries wherever they are written.
 class ManualClock final : public Clock {
-  public:
+public:
     explicit ManualClock(Date start = Date(std::chrono::seconds(1'795'000'000)))
         : date_(start), monotonic_(std::chrono::hours(1)) {}
 
@@ -58,7 +58,7 @@ class ManualClock final : public Clock {
         date_ = date;
     }
 
-  private:
+private:
     mutable std::mutex mutex_;
     Date date_;
     MonotonicTime monotonic_;

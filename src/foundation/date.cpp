@@ -24,7 +24,7 @@ std::tm brokenDown(Date date, TimeZoneChoice zone) {
 }
 
 class Cursor {
-  public:
+public:
     explicit Cursor(std::string_view text) : text_(text) {}
 
     bool digits(int count, int& out) {
@@ -55,7 +55,7 @@ class Cursor {
     }
     bool atEnd() const { return pos_ == text_.size(); }
 
-  private:
+private:
     std::string_view text_;
     std::size_t pos_ = 0;
 };

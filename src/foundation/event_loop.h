@@ -10,7 +10,7 @@ namespace corvetta {
 // The program's main queue: a poll(2) loop over the watched descriptors, woken through a pipe
 // when work arrives from other threads.
 class EventLoop final : public MainQueue {
-  public:
+public:
     explicit EventLoop(const Clock& clock, FailureHandler onFailure = {});
     ~EventLoop() override;
     EventLoop(const EventLoop&) = delete;
@@ -27,7 +27,7 @@ class EventLoop final : public MainQueue {
     bool isMainThread() const override;
     const Clock& clock() const override { return clock_; }
 
-  private:
+private:
     void wake();
     void drainWakePipe();
     int pollTimeoutMs() const;

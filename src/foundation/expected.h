@@ -22,7 +22,7 @@ Unexpected<std::decay_t<E>> unexpected(E&& error) {
 
 template <class T, class E>
 class Expected {
-  public:
+public:
     Expected(T value) : storage_(std::in_place_index<0>, std::move(value)) {}
     template <class G>
     Expected(Unexpected<G> u) : storage_(std::in_place_index<1>, E(std::move(u.error))) {}
@@ -57,13 +57,13 @@ class Expected {
         return has_value() ? value() : static_cast<T>(std::forward<U>(fallback));
     }
 
-  private:
+private:
     std::variant<T, E> storage_;
 };
 
 template <class E>
 class Expected<void, E> {
-  public:
+public:
     Expected() = default;
     template <class G>
     Expected(Unexpected<G> u) : error_(E(std::move(u.error))), failed_(true) {}
@@ -75,7 +75,7 @@ class Expected<void, E> {
         return error_;
     }
 
-  private:
+private:
     E error_{};
     bool failed_ = false;
 };

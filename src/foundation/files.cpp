@@ -18,7 +18,7 @@ Unexpected<FileError> failure(const std::filesystem::path& path, const std::stri
 
 // Closes the descriptor and removes the temporary file unless the write went through.
 class TemporaryFile {
-  public:
+public:
     explicit TemporaryFile(std::string pattern) : path_(std::move(pattern)) {
         fd_ = mkstemp(path_.data());
         created_ = fd_ >= 0;
@@ -42,7 +42,7 @@ class TemporaryFile {
     bool closeNow() { return close(std::exchange(fd_, -1)) == 0; }
     void commit() { committed_ = true; }
 
-  private:
+private:
     std::string path_;
     int fd_ = -1;
     bool created_ = false;

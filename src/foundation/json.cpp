@@ -120,6 +120,9 @@ Expected<Json, JsonParseError> parseJson(std::string_view text) {
         return Json::parse(text);
     } catch (const nlohmann::json::parse_error& e) {
         return unexpected(JsonParseError{"Invalid JSON at byte " + std::to_string(e.byte)});
+    } catch (const nlohmann::json::exception& e) {
+        // Numbers too large for a double are refused with a different exception type.
+        return unexpected(JsonParseError{std::string("Invalid JSON: ") + e.what()});
     }
 }
 

@@ -39,7 +39,7 @@ Expected<Json, JsonParseError> parseJson(std::string_view text);
 // A value that does not have the shape a record needs. `path` locates it in the document
 // ("workspaces[1].frame"), `key` is the key at fault.
 class JsonDecodeError : public std::runtime_error {
-  public:
+public:
     enum class Kind { missingKey, malformedValue, notAnObject };
     JsonDecodeError(Kind kind, std::string path, std::string key, std::string detail);
 
@@ -47,7 +47,7 @@ class JsonDecodeError : public std::runtime_error {
     const std::string& path() const { return path_; }
     const std::string& key() const { return key_; }
 
-  private:
+private:
     Kind kind_;
     std::string path_;
     std::string key_;
@@ -62,7 +62,7 @@ Rect rectFromJson(const Json& value, const std::string& path = "");
 // Supported field types: bool, int, std::int64_t, std::uint32_t, double, std::string, Uuid, Rect,
 // Date (ISO 8601 text), std::vector<std::string> and Json (any value, unchecked).
 class JsonObjectReader {
-  public:
+public:
     // Throws JsonDecodeError (notAnObject) when `object` is not an object.
     explicit JsonObjectReader(const Json& object, std::string path = "");
 
@@ -83,7 +83,7 @@ class JsonObjectReader {
     const Json& raw() const { return object_; }
     const std::string& path() const { return path_; }
 
-  private:
+private:
     const Json& object_;
     std::string path_;
 };

@@ -13,7 +13,7 @@ namespace corvetta {
 // The user defaults on Linux: one JSON object in a file (preferences.json), rewritten atomically
 // after every change. Plain values are plain JSON; data values are {"$data": "<base64>"}.
 class JsonFilePreferences final : public Preferences {
-  public:
+public:
     // Loads the file. A missing file is an empty store. A file that is not a JSON object is moved
     // aside to "preferences-quarantine-<timestamp>.json" and the store starts empty; entries that
     // cannot be held as a value (null) are carried through writes untouched. Either case leaves a
@@ -26,10 +26,10 @@ class JsonFilePreferences final : public Preferences {
     bool synchronize() override;
     std::string lastWriteError() const override;
 
-  protected:
+protected:
     void changed(const PropertyValue::Dictionary& values) override;
 
-  private:
+private:
     void load(const Clock& clock);
     bool writeLocked();
 

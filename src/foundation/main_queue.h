@@ -14,7 +14,7 @@ using Task = std::function<void()>;
 // A handle to delayed work. Cancelling before the work runs keeps it from running; cancelling
 // later does nothing. Copies share the same work.
 class WorkItem {
-  public:
+public:
     WorkItem() = default;
 
     void cancel();
@@ -30,7 +30,7 @@ class WorkItem {
     };
     explicit WorkItem(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
-  private:
+private:
     std::shared_ptr<State> state_;
 };
 
@@ -45,7 +45,7 @@ constexpr bool hasEvent(unsigned events, FdEvent e) {
 
 // Keeps a file descriptor watched for as long as it lives.
 class FdWatch {
-  public:
+public:
     FdWatch() = default;
     explicit FdWatch(std::function<void()> remove) : remove_(std::move(remove)) {}
     FdWatch(FdWatch&& other) noexcept : remove_(std::exchange(other.remove_, nullptr)) {}
@@ -57,7 +57,7 @@ class FdWatch {
     void reset();
     bool isActive() const { return static_cast<bool>(remove_); }
 
-  private:
+private:
     std::function<void()> remove_;
 };
 
@@ -65,7 +65,7 @@ class FdWatch {
 // thread; everything they are given runs on the main thread in order: posted work in the order
 // posted, delayed work by due time and then by the order it was scheduled.
 class MainQueue {
-  public:
+public:
     virtual ~MainQueue() = default;
 
     virtual void post(Task task) = 0;
@@ -84,7 +84,7 @@ class MainQueue {
 // Holds at most one pending piece of delayed work: scheduling again cancels the previous one,
 // the way a newer request replaces an older one (debounces, settle delays, retries).
 class DelayedWorkSlot {
-  public:
+public:
     explicit DelayedWorkSlot(MainQueue& queue) : queue_(queue) {}
     ~DelayedWorkSlot() { cancel(); }
     DelayedWorkSlot(const DelayedWorkSlot&) = delete;
@@ -94,7 +94,7 @@ class DelayedWorkSlot {
     void cancel();
     bool isPending() const { return item_.isPending(); }
 
-  private:
+private:
     MainQueue& queue_;
     WorkItem item_;
 };

@@ -11,7 +11,7 @@ namespace corvetta {
 // The main queue of unit tests. Nothing runs until the test says so, and time moves only when the
 // test advances the clock, so timing is exact and no test sleeps.
 class ManualQueue final : public MainQueue {
-  public:
+public:
     explicit ManualQueue(ManualClock& clock, FailureHandler onFailure = {});
 
     // Runs posted work, work that is due now and ready descriptors until none is left.
@@ -33,7 +33,7 @@ class ManualQueue final : public MainQueue {
     bool isMainThread() const override { return std::this_thread::get_id() == mainThread_; }
     const Clock& clock() const override { return clock_; }
 
-  private:
+private:
     std::size_t pollReadyDescriptors();
 
     ManualClock& clock_;

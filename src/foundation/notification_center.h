@@ -19,7 +19,7 @@ using NotificationHandler = std::function<void(const Notification&)>;
 // Keeps an observer registered for as long as it lives. The centre may go first; the token then
 // does nothing.
 class ObserverToken {
-  public:
+public:
     ObserverToken() = default;
     explicit ObserverToken(std::function<void()> remove) : remove_(std::move(remove)) {}
     ObserverToken(ObserverToken&& other) noexcept;
@@ -31,7 +31,7 @@ class ObserverToken {
     void reset();
     bool isActive() const { return static_cast<bool>(remove_); }
 
-  private:
+private:
     std::function<void()> remove_;
 };
 
@@ -39,7 +39,7 @@ class ObserverToken {
 // name in the order they registered. An observer removed while a notification is being delivered
 // is not called after its removal.
 class NotificationCenter {
-  public:
+public:
     NotificationCenter();
     ~NotificationCenter();
     NotificationCenter(const NotificationCenter&) = delete;
@@ -49,7 +49,7 @@ class NotificationCenter {
     void post(const std::string& name, UserInfo userInfo = {});
     std::size_t observerCount(const std::string& name) const;
 
-  private:
+private:
     struct Registry;
     std::shared_ptr<Registry> registry_;
 };

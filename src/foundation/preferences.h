@@ -13,7 +13,7 @@ namespace corvetta {
 // The user defaults: settings under plain keys. Every typed read tells "absent" apart from zero or
 // false, so callers apply their own fallbacks. Safe to use from any thread.
 class Preferences {
-  public:
+public:
     virtual ~Preferences() = default;
 
     std::optional<PropertyValue> object(const std::string& key) const;
@@ -38,7 +38,7 @@ class Preferences {
     // Why the last write failed, empty after a successful one.
     virtual std::string lastWriteError() const = 0;
 
-  protected:
+protected:
     // Called with the lock held after each change.
     virtual void changed(const PropertyValue::Dictionary& values) = 0;
 
@@ -48,7 +48,7 @@ class Preferences {
 
 // Lives in memory only: for tests, and for runs that must leave no trace.
 class InMemoryPreferences final : public Preferences {
-  public:
+public:
     InMemoryPreferences() = default;
     explicit InMemoryPreferences(PropertyValue::Dictionary initial) {
         values_ = std::move(initial);
@@ -57,7 +57,7 @@ class InMemoryPreferences final : public Preferences {
     bool synchronize() override { return true; }
     std::string lastWriteError() const override { return {}; }
 
-  protected:
+protected:
     void changed(const PropertyValue::Dictionary&) override {}
 };
 

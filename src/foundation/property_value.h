@@ -14,7 +14,7 @@ namespace corvetta {
 // One stored value of the kinds the user defaults hold: boolean, integer, double, text, raw data,
 // list and dictionary. Notifications carry their user info in the same form.
 class PropertyValue {
-  public:
+public:
     using Array = std::vector<PropertyValue>;
     using Dictionary = std::map<std::string, PropertyValue>;
     using Storage = std::variant<bool, std::int64_t, double, std::string, Bytes, Array, Dictionary>;
@@ -62,7 +62,7 @@ class PropertyValue {
     const Storage& storage() const { return storage_; }
     bool operator==(const PropertyValue& other) const = default;
 
-  private:
+private:
     Storage storage_;
 };
 

@@ -20,7 +20,7 @@ using FailureHandler = std::function<void(std::exception_ptr)>;
 // The bookkeeping both main-queue implementations share: posted work, delayed work ordered by due
 // time, and file-descriptor watches. It decides what is due; the owner decides when time moves.
 class QueueCore {
-  public:
+public:
     // `wake` is called after work is added from any thread, so a sleeping loop notices it.
     QueueCore(std::function<void()> wake, FailureHandler onFailure);
     ~QueueCore();
@@ -48,13 +48,13 @@ class QueueCore {
     PollSet pollSet() const;
     void dispatch(const PollSet& polled);
 
-  private:
+private:
     struct Delayed {
         Task task;
         std::shared_ptr<WorkItem::State> state;
     };
 
-  public:
+public:
     struct Watch {
         int fd;
         unsigned events;
@@ -62,7 +62,7 @@ class QueueCore {
         bool active = true;
     };
 
-  private:
+private:
     struct Watches {
         std::map<std::uint64_t, std::shared_ptr<Watch>> byId;
         std::uint64_t nextId = 1;

@@ -13,7 +13,7 @@ namespace corvetta {
 // A 128-bit identifier. Its text form is the canonical upper-case one
 // ("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"), as stored records carry it.
 class Uuid {
-  public:
+public:
     using Bytes = std::array<std::uint8_t, 16>;
 
     // The nil identifier, all zeros.
@@ -31,7 +31,7 @@ class Uuid {
 
     auto operator<=>(const Uuid&) const = default;
 
-  private:
+private:
     Bytes bytes_{};
 };
 

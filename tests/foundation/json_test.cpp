@@ -57,10 +57,12 @@ TEST(JsonParsing, ReportsWhereTheTextBroke) {
     ASSERT_FALSE(broken);
     EXPECT_NE(broken.error().message.find("Invalid JSON at byte"), std::string::npos);
     EXPECT_FALSE(parseJson(""));
+    // A number beyond any double is an error value too, not an escaping exception.
+    EXPECT_FALSE(parseJson(R"({"x": 2E88882})"));
 }
 
 class JsonObjectReaderTest : public ::testing::Test {
-  protected:
+protected:
     Json document = Json::parse(R"({
         "id": "e621e1f8-c36c-495a-93fc-0c247a3e6e5f",
         "name": "Code",

@@ -17,7 +17,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class ManualQueueTest : public ::testing::Test {
-  protected:
+protected:
     ManualClock clock;
     ManualQueue queue{clock};
     std::vector<std::string> order;

@@ -73,7 +73,7 @@ TEST(PreferencesReads, ListsDictionariesAndData) {
 }
 
 class JsonFilePreferencesTest : public ::testing::Test {
-  protected:
+protected:
     TemporaryFolder folder;
     ManualClock clock;
     std::filesystem::path file = folder / "config/corvetta/preferences.json";

@@ -1,15 +1,16 @@
 #include "support/temporary_folder.h"
 
-#include <stdlib.h>
-
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
+#include <stdlib.h>
+
 namespace corvetta::testing {
 
 TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "corvetta-test-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "corvetta-test-XXXXXX").string();
     if (!mkdtemp(pattern.data())) {
         throw std::runtime_error("could not create a temporary folder");
     }
