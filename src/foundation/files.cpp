@@ -73,7 +73,10 @@ Expected<void, FileError> writeFileAtomically(const std::filesystem::path& path,
         return made;
     }
     // Hidden and in the same folder, so the rename stays within one file system.
-    TemporaryFile temporary((folder / ("." + path.filename().string() + ".XXXXXX")).string());
+    std::string hiddenName = ".";
+    hiddenName += path.filename().string();
+    hiddenName += ".XXXXXX";
+    TemporaryFile temporary((folder / hiddenName).string());
     if (temporary.fd() < 0) {
         return failure(path, "Could not create a temporary file");
     }
