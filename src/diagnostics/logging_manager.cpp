@@ -203,47 +203,44 @@ std::string LoggingManager::checkCurrentPreset() {
     return line;
 }
 
-void LoggingManager::setLoggingEnabled(bool enabled) {
+void LoggingManager::change(const std::function<void(LoggingSwitches&)>& mutate,
+                            const std::string& logLine) {
     auto switches = LoggingSwitches::read(defaults_);
-    switches.enabled = enabled;
+    mutate(switches);
     write(switches);
-    logger_.info(std::string("Logging enabled: ") + (enabled ? "true" : "false"));
+    logger_.info(logLine);
     announce();
+}
+
+void LoggingManager::setLoggingEnabled(bool enabled) {
+    change([&](LoggingSwitches& s) { s.enabled = enabled; },
+           std::string("Logging enabled: ") + (enabled ? "true" : "false"));
 }
 
 void LoggingManager::setMinimumLogLevel(LogLevel level) {
-    auto switches = LoggingSwitches::read(defaults_);
-    switches.minimumLevel = level;
-    write(switches);
-    logger_.info("Set minimum log level to: " + std::string(logLevelName(level)));
-    announce();
+    change([&](LoggingSwitches& s) { s.minimumLevel = level; },
+           "Set minimum log level to: " + std::string(logLevelName(level)));
 }
 
 void LoggingManager::enableOnlyCategories(const std::vector<LogCategory>& categories) {
-    auto switches = LoggingSwitches::read(defaults_);
-    switches.enabledCategories = namesOf(categories);
-    write(switches);
-    logger_.info("Enabled only categories: " + joined(*switches.enabledCategories));
-    announce();
+    change([&](LoggingSwitches& s) { s.enabledCategories = namesOf(categories); },
+           "Enabled only categories: " + joined(namesOf(categories)));
 }
 
 void LoggingManager::enableCategories(const std::vector<LogCategory>& categories) {
-    auto switches = LoggingSwitches::read(defaults_);
-    if (switches.enabledCategories) {
-        const auto added = namesOf(categories);
-        switches.enabledCategories->insert(added.begin(), added.end());
-        write(switches);
-    }
-    logger_.info("Enabled categories: " + joined(namesOf(categories)));
-    announce();
+    change(
+        [&](LoggingSwitches& s) {
+            // With every category on there is nothing to add.
+            if (s.enabledCategories) {
+                const auto added = namesOf(categories);
+                s.enabledCategories->insert(added.begin(), added.end());
+            }
+        },
+        "Enabled categories: " + joined(namesOf(categories)));
 }
 
 void LoggingManager::enableAllCategories() {
-    auto switches = LoggingSwitches::read(defaults_);
-    switches.enabledCategories.reset();
-    write(switches);
-    logger_.info("Enabled categories: all");
-    announce();
+    change([](LoggingSwitches& s) { s.enabledCategories.reset(); }, "Enabled categories: all");
 }
 
 void LoggingManager::logCurrentState() {

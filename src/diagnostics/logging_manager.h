@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,6 +71,8 @@ public:
 private:
     void apply(const LoggingPreset& preset);
     void write(const LoggingSwitches& switches);
+    // Reads the stored switches, changes them, writes them, logs the line and announces.
+    void change(const std::function<void(LoggingSwitches&)>& mutate, const std::string& logLine);
     void announce();
 
     Preferences& defaults_;

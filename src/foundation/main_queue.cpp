@@ -23,20 +23,6 @@ bool WorkItem::isPending() const {
     return state_ && !state_->cancelled && !state_->ran;
 }
 
-FdWatch& FdWatch::operator=(FdWatch&& other) noexcept {
-    if (this != &other) {
-        reset();
-        remove_ = std::exchange(other.remove_, nullptr);
-    }
-    return *this;
-}
-
-void FdWatch::reset() {
-    if (auto remove = std::exchange(remove_, nullptr)) {
-        remove();
-    }
-}
-
 void MainQueue::runAndWait(Task task) {
     if (isMainThread()) {
         task();

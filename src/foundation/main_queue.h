@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/clock.h"
+#include "foundation/registration.h"
 
 namespace corvetta {
 
@@ -44,22 +45,7 @@ constexpr bool hasEvent(unsigned events, FdEvent e) {
 }
 
 // Keeps a file descriptor watched for as long as it lives.
-class FdWatch {
-public:
-    FdWatch() = default;
-    explicit FdWatch(std::function<void()> remove) : remove_(std::move(remove)) {}
-    FdWatch(FdWatch&& other) noexcept : remove_(std::exchange(other.remove_, nullptr)) {}
-    FdWatch& operator=(FdWatch&& other) noexcept;
-    FdWatch(const FdWatch&) = delete;
-    FdWatch& operator=(const FdWatch&) = delete;
-    ~FdWatch() { reset(); }
-
-    void reset();
-    bool isActive() const { return static_cast<bool>(remove_); }
-
-private:
-    std::function<void()> remove_;
-};
+using FdWatch = Registration;
 
 // The one queue that all product logic runs on. post and postDelayed may be called from any
 // thread; everything they are given runs on the main thread in order: posted work in the order

@@ -19,23 +19,6 @@ struct NotificationCenter::Registry {
     std::uint64_t nextId = 1;
 };
 
-ObserverToken::ObserverToken(ObserverToken&& other) noexcept
-    : remove_(std::exchange(other.remove_, nullptr)) {}
-
-ObserverToken& ObserverToken::operator=(ObserverToken&& other) noexcept {
-    if (this != &other) {
-        reset();
-        remove_ = std::exchange(other.remove_, nullptr);
-    }
-    return *this;
-}
-
-void ObserverToken::reset() {
-    if (auto remove = std::exchange(remove_, nullptr)) {
-        remove();
-    }
-}
-
 NotificationCenter::NotificationCenter() : registry_(std::make_shared<Registry>()) {}
 
 NotificationCenter::~NotificationCenter() = default;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "foundation/property_value.h"
+#include "foundation/registration.h"
 
 namespace corvetta {
 
@@ -16,24 +17,8 @@ struct Notification {
 
 using NotificationHandler = std::function<void(const Notification&)>;
 
-// Keeps an observer registered for as long as it lives. The centre may go first; the token then
-// does nothing.
-class ObserverToken {
-public:
-    ObserverToken() = default;
-    explicit ObserverToken(std::function<void()> remove) : remove_(std::move(remove)) {}
-    ObserverToken(ObserverToken&& other) noexcept;
-    ObserverToken& operator=(ObserverToken&& other) noexcept;
-    ObserverToken(const ObserverToken&) = delete;
-    ObserverToken& operator=(const ObserverToken&) = delete;
-    ~ObserverToken() { reset(); }
-
-    void reset();
-    bool isActive() const { return static_cast<bool>(remove_); }
-
-private:
-    std::function<void()> remove_;
-};
+// Keeps an observer registered for as long as it lives; the centre may go first.
+using ObserverToken = Registration;
 
 // Named notifications delivered synchronously, on the posting thread, to the observers of that
 // name in the order they registered. An observer removed while a notification is being delivered
