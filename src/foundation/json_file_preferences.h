@@ -28,6 +28,7 @@ public:
 
 protected:
     void changed(const PropertyValue::Dictionary& values) override;
+    bool forget(const std::string& key) override { return unreadable_.erase(key) > 0; }
 
 private:
     void load(const Clock& clock);

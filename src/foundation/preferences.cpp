@@ -71,7 +71,8 @@ void Preferences::set(const std::string& key, PropertyValue value) {
 
 void Preferences::remove(const std::string& key) {
     std::lock_guard lock(mutex_);
-    if (values_.erase(key) > 0) {
+    const bool held = values_.erase(key) > 0;
+    if (forget(key) || held) {
         changed(values_);
     }
 }

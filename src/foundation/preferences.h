@@ -41,6 +41,8 @@ public:
 protected:
     // Called with the lock held after each change.
     virtual void changed(const PropertyValue::Dictionary& values) = 0;
+    // Called with the lock held when a key is removed; true if the store held it elsewhere.
+    virtual bool forget(const std::string&) { return false; }
 
     mutable std::mutex mutex_;
     PropertyValue::Dictionary values_;

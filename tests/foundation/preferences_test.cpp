@@ -159,6 +159,10 @@ TEST_F(JsonFilePreferencesTest, ValuesItCannotHoldAreCarriedThroughWrites) {
     EXPECT_EQ(written["blob"], Json({{"$data", "!!"}}));
     EXPECT_EQ(written["kept"], 1);
     EXPECT_EQ(written["new"], 2);
+
+    // Removing such a member is the one way it goes away.
+    prefs.remove("odd");
+    EXPECT_FALSE(Json::parse(readTestFile(file)).contains("odd"));
 }
 
 TEST_F(JsonFilePreferencesTest, AFailedWriteKeepsTheChangeAndReportsWhy) {
