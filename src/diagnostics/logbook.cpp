@@ -105,11 +105,12 @@ bool Logbook::isEnabled() const {
 }
 
 void Logbook::setEnabled(bool enabled) {
+    std::lock_guard writing(settingsWrite_);
     {
         std::lock_guard lock(stateQueue_);
         enabled_ = enabled;
-        defaults_.set(key("isEnabled"), enabled);
     }
+    defaults_.set(key("isEnabled"), enabled);
     settingsChanged();
 }
 
@@ -119,11 +120,12 @@ LogLevel Logbook::minimumLevel() const {
 }
 
 void Logbook::setMinimumLevel(LogLevel level) {
+    std::lock_guard writing(settingsWrite_);
     {
         std::lock_guard lock(stateQueue_);
         minimumLevel_ = level;
-        defaults_.set(key("minimumLevel"), logLevelIndex(level));
     }
+    defaults_.set(key("minimumLevel"), logLevelIndex(level));
     settingsChanged();
 }
 
@@ -133,6 +135,8 @@ std::set<std::string> Logbook::disabledCategories() const {
 }
 
 void Logbook::setCategoryEnabled(const LogCategory& category, bool enabled) {
+    std::lock_guard writing(settingsWrite_);
+    std::vector<std::string> disabled;
     {
         std::lock_guard lock(stateQueue_);
         if (enabled) {
@@ -140,10 +144,9 @@ void Logbook::setCategoryEnabled(const LogCategory& category, bool enabled) {
         } else {
             disabledCategories_.insert(category.rawValue);
         }
-        defaults_.set(
-            key("disabledCategories"),
-            std::vector<std::string>(disabledCategories_.begin(), disabledCategories_.end()));
+        disabled.assign(disabledCategories_.begin(), disabledCategories_.end());
     }
+    defaults_.set(key("disabledCategories"), disabled);
     settingsChanged();
 }
 

@@ -76,6 +76,9 @@ private:
     const std::string keyPrefix_;
     const std::size_t maxRecentEntries_ = kMaxRecentEntries;
 
+    // Orders switch changes and their writes to the defaults, without holding up logging threads
+    // while the defaults reach the disk.
+    std::mutex settingsWrite_;
     // Guards the entries, the switches and the handlers: the one structure many threads share.
     mutable std::mutex stateQueue_;
     std::deque<LogEntry> recentEntries_;

@@ -115,9 +115,7 @@ const std::vector<LoggingPreset>& loggingPresets() {
 
 LoggingManager::LoggingManager(Preferences& defaults, NotificationCenter& notifications,
                                LoggingService& loggingService)
-    : defaults_(defaults),
-      notifications_(notifications),
-      logger_(loggingService, "LoggingManager", LogCategory::system()) {}
+    : defaults_(defaults), notifications_(notifications), logbook_(loggingService.logbook()) {}
 
 void LoggingManager::enableAllLogging() {
     apply(presetNamed("enableAllLogging"));
@@ -160,16 +158,14 @@ bool LoggingManager::applyPreset(std::string_view presetText) {
             return true;
         }
     }
-    logger_.warning("Unknown logging preset: " + std::string(presetText));
+    say(LogLevel::warning, "Unknown logging preset: " + std::string(presetText));
     return false;
 }
 
 void LoggingManager::apply(const LoggingPreset& preset) {
-    logger_.info(std::string(preset.methodName) + " method called");
+    say(LogLevel::info, std::string(preset.methodName) + " method called");
     write(preset.switches());
-    // Logged before the announcement, while the old switches are still in force, so the
-    // confirmation is seen even when the preset turns info lines off.
-    logger_.info(preset.confirmation);
+    say(LogLevel::info, preset.confirmation);
     announce();
 }
 
@@ -185,12 +181,16 @@ void LoggingManager::write(const LoggingSwitches& switches) {
     }
 }
 
+void LoggingManager::say(LogLevel level, std::string message) {
+    logbook_.log(level, serviceName_, LogCategory::system(), std::move(message));
+}
+
 void LoggingManager::announce() {
     notifications_.post(kSettingsChangedNotification);
 }
 
 std::string LoggingManager::checkCurrentPreset() {
-    logger_.info("Checking current logging preset...");
+    say(LogLevel::info, "Checking current logging preset...");
     const auto stored = LoggingSwitches::read(defaults_);
     std::string line = "Current preset: Custom Configuration";
     for (const auto& preset : loggingPresets()) {
@@ -199,7 +199,7 @@ std::string LoggingManager::checkCurrentPreset() {
             break;
         }
     }
-    logger_.info(line);
+    say(LogLevel::info, line);
     return line;
 }
 
@@ -208,7 +208,7 @@ void LoggingManager::change(const std::function<void(LoggingSwitches&)>& mutate,
     auto switches = LoggingSwitches::read(defaults_);
     mutate(switches);
     write(switches);
-    logger_.info(logLine);
+    say(LogLevel::info, logLine);
     announce();
 }
 
@@ -245,10 +245,11 @@ void LoggingManager::enableAllCategories() {
 
 void LoggingManager::logCurrentState() {
     const auto switches = LoggingSwitches::read(defaults_);
-    logger_.info(std::string("Logging enabled: ") + (switches.enabled ? "true" : "false"));
-    logger_.info("Minimum log level: " + std::string(logLevelName(switches.minimumLevel)));
-    logger_.info("Enabled categories: " +
-                 (switches.enabledCategories ? joined(*switches.enabledCategories) : "all"));
+    say(LogLevel::info, std::string("Logging enabled: ") + (switches.enabled ? "true" : "false"));
+    say(LogLevel::info, "Minimum log level: " + std::string(logLevelName(switches.minimumLevel)));
+    say(LogLevel::info,
+        "Enabled categories: " +
+            (switches.enabledCategories ? joined(*switches.enabledCategories) : "all"));
 }
 
 }  // namespace corvetta

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "diagnostics/logger.h"
+#include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
@@ -75,9 +75,14 @@ private:
     void change(const std::function<void(LoggingSwitches&)>& mutate, const std::string& logLine);
     void announce();
 
+    // The manager's own lines go straight to the log book: the switches it changes must not hide
+    // the confirmation that they changed, nor the answer to which preset is in force.
+    void say(LogLevel level, std::string message);
+
     Preferences& defaults_;
     NotificationCenter& notifications_;
-    Logger logger_;
+    Logbook& logbook_;
+    const std::string serviceName_ = "LoggingManager";
 };
 
 }  // namespace corvetta

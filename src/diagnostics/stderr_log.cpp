@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace corvetta {
@@ -30,7 +31,7 @@ std::string formatPlatformLogLine(const LogEntry& entry) {
 }
 
 StderrLog::StderrLog(int fd, std::size_t capacity)
-    : fd_(fd), capacity_(capacity), writer_([this] { drain(); }) {}
+    : fd_(fd), capacity_(capacity == 0 ? 1 : capacity), writer_([this] { drain(); }) {}
 
 StderrLog::~StderrLog() {
     {
@@ -67,6 +68,13 @@ void StderrLog::writeAll(const std::string& text) {
         if (n < 0) {
             if (errno == EINTR) {
                 continue;
+            }
+            // A descriptor shared with a parent may be non-blocking; this thread can wait.
+            if (errno == EAGAIN || errno == EWOULDBLOCK) {
+                pollfd writable{fd_, POLLOUT, 0};
+                if (poll(&writable, 1, -1) >= 0) {
+                    continue;
+                }
             }
             return;  // Nowhere left to report a broken log descriptor.
         }
