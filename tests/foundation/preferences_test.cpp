@@ -106,6 +106,10 @@ TEST_F(JsonFilePreferencesTest, ValuesSurviveAReload) {
 }
 
 TEST_F(JsonFilePreferencesTest, FileIsPlainJsonThatAPersonCanWrite) {
+    // Nothing is written until something changes.
+    EXPECT_TRUE(JsonFilePreferences(file, clock).synchronize());
+    EXPECT_FALSE(std::filesystem::exists(file));
+
     writeTestFile(file, R"({"layoutSpacing": 10, "layoutLockEnabled": false})");
     JsonFilePreferences prefs(file, clock);
     EXPECT_EQ(prefs.integer("layoutSpacing"), 10);
@@ -117,12 +121,6 @@ TEST_F(JsonFilePreferencesTest, FileIsPlainJsonThatAPersonCanWrite) {
     EXPECT_EQ(written["layoutLockEnabled"], false);
     // Data values are base64 text under a "$data" key.
     EXPECT_EQ(written["blob"], Json({{"$data", "aGk="}}));
-}
-
-TEST_F(JsonFilePreferencesTest, NothingIsWrittenUntilSomethingChanges) {
-    JsonFilePreferences prefs(file, clock);
-    EXPECT_TRUE(prefs.synchronize());
-    EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST_F(JsonFilePreferencesTest, DamagedFileIsQuarantinedAndStartsOnDefaults) {
