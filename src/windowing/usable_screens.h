@@ -1,0 +1,30 @@
+#pragma once
+
+#include <span>
+
+#include "diagnostics/deferred_logger.h"
+#include "platform/screen.h"
+
+namespace corvetta {
+
+// The displays a window can be sent to, and the one after the current. Holds views: the list and
+// the current screen must outlive it.
+class UsableScreens {
+public:
+    UsableScreens(std::span<const Screen> screens, const Screen& currentScreen,
+                  LoggingService& logging);
+
+    // The entry after the current screen (found by identity), the last wrapping to the first; the
+    // current screen itself when it is not listed or is alone.
+    const Screen& nextScreen() const;
+
+    std::span<const Screen> screens() const { return screens_; }
+    const Screen& currentScreen() const { return *currentScreen_; }
+
+private:
+    std::span<const Screen> screens_;
+    const Screen* currentScreen_;
+    DeferredLogger logger_;
+};
+
+}  // namespace corvetta

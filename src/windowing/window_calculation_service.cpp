@@ -1,0 +1,58 @@
+#include "windowing/window_calculation_service.h"
+
+namespace corvetta {
+
+WindowCalculationService::WindowCalculationService(ScreenDetectionService& screenDetection,
+                                                   const Preferences& defaults,
+                                                   LoggingService& logging)
+    : screenDetection_(screenDetection),
+      logger_(logging, "WindowCalculationService", LogCategory::windowCalculation()),
+      displayScaleManager_(logging),
+      almostMaximizeCalculation_(defaults),
+      changeSizeCalculation_(defaults),
+      specifiedCalculation_(defaults),
+      leftRightHalfCalculation_(defaults, logging),
+      topBottomHalfCalculation_(defaults, logging) {}
+
+const WindowCalculation& WindowCalculationService::calculationFor(
+    const WindowDirection& action) const {
+    using enum WindowDirection::Case;
+    switch (action.kind()) {
+        case leftHalf:
+        case rightHalf:
+            return leftRightHalfCalculation_;
+        case topHalf:
+        case bottomHalf:
+            return topBottomHalfCalculation_;
+        case larger:
+        case smaller:
+        case largerWidth:
+        case smallerWidth:
+            return changeSizeCalculation_;
+        case almostMaximize:
+            return almostMaximizeCalculation_;
+        case specified:
+            return specifiedCalculation_;
+        default:
+            // `custom` and every positional action from topLeft through bottomRightQuarter.
+            return standardPositionCalculation_;
+    }
+}
+
+Rect WindowCalculationService::calculate(const WindowDirection& action, const TargetWindow& window,
+                                         const Screen& screen) {
+    const WindowCalculationParameters parameters{window, screenDetection_.orderedScreens(), screen,
+                                                 action};
+    const auto result = calculationFor(action).calculate(parameters);
+    if (!result) {
+        return Rect::null();
+    }
+    // A present result is clamped even when its rectangle is null (the size cycle's), which
+    // turns it into a zero-sized frame at the screen's far corner; callers have always seen that.
+    const Rect adjusted = displayScaleManager_.adjust(result->rect, *result->screen);
+    logger_.info(
+        [&] { return "Calculated " + action.description() + " → " + adjusted.description(); });
+    return adjusted;
+}
+
+}  // namespace corvetta
