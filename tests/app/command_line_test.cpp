@@ -12,56 +12,46 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
-
-CommandLineOptions parsed(const std::vector<std::string>& arguments) {
-    const auto result = parseCommandLine(arguments);
-    EXPECT_TRUE(result.has_value());
-    return result.value_or(CommandLineOptions{});
-}
-
-std::string errorFor(const std::vector<std::string>& arguments) {
-    const auto result = parseCommandLine(arguments);
-    return result ? "(accepted)" : result.error().message;
-}
-
-TEST(CommandLine, NoArgumentsMeansRun) {
-    const auto options = parsed({});
-    EXPECT_FALSE(options.showHelp);
-    EXPECT_FALSE(options.showVersion);
-}
+using Arguments = std::vector<std::string>;
 
 TEST(CommandLine, HelpAndVersionInLongAndShortForms) {
-    EXPECT_TRUE(parsed({"--help"}).showHelp);
-    EXPECT_TRUE(parsed({"-h"}).showHelp);
-    EXPECT_FALSE(parsed({"-h"}).showVersion);
-    EXPECT_TRUE(parsed({"--version"}).showVersion);
-    EXPECT_TRUE(parsed({"-V"}).showVersion);
-    EXPECT_FALSE(parsed({"-V"}).showHelp);
-    const auto both = parsed({"-V", "--help"});
-    EXPECT_TRUE(both.showHelp);
-    EXPECT_TRUE(both.showVersion);
+    const struct {
+        Arguments arguments;
+        bool help, version;
+    } cases[] = {{{}, false, false},    {{"--help"}, true, false},
+                 {{"-h"}, true, false}, {{"--version"}, false, true},
+                 {{"-V"}, false, true}, {{"-V", "--help"}, true, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::PrintToString(c.arguments));
+        const auto options = parseCommandLine(c.arguments);
+        ASSERT_TRUE(options.has_value()) << options.error().message;
+        EXPECT_EQ(options->showHelp, c.help);
+        EXPECT_EQ(options->showVersion, c.version);
+    }
 }
 
 TEST(CommandLine, RefusesUnknownOptionsAndArguments) {
-    EXPECT_EQ(errorFor({"--bogus"}), "unrecognized option '--bogus'");
-    EXPECT_EQ(errorFor({"-v"}), "unrecognized option '-v'");  // case matters
-    EXPECT_EQ(errorFor({"--help=yes"}), "unrecognized option '--help=yes'");
-    // A valid option does not excuse a bad one after it.
-    EXPECT_EQ(errorFor({"--help", "--bogus"}), "unrecognized option '--bogus'");
-    EXPECT_EQ(errorFor({"extra"}), "unexpected argument 'extra'");
-    EXPECT_EQ(errorFor({"--version", "file.json"}), "unexpected argument 'file.json'");
+    const std::pair<Arguments, std::string> cases[] = {
+        {{"--bogus"}, "unrecognized option '--bogus'"},
+        {{"-v"}, "unrecognized option '-v'"},  // case matters
+        {{"--help=yes"}, "unrecognized option '--help=yes'"},
+        {{"--help", "--bogus"}, "unrecognized option '--bogus'"},  // not excused by a valid one
+        {{"extra"}, "unexpected argument 'extra'"},
+        {{"--version", "file.json"}, "unexpected argument 'file.json'"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        const auto result = parseCommandLine(arguments);
+        EXPECT_EQ(result ? "(accepted)" : result.error().message, message);
+    }
 }
 
-TEST(CommandLine, HelpDescribesUsageOptionsAndFiles) {
+TEST(CommandLine, HelpAndVersionTexts) {
     const std::string help = helpText();
     EXPECT_THAT(help, StartsWith("Usage: corvetta"));
     EXPECT_THAT(help, HasSubstr("-h, --help"));
     EXPECT_THAT(help, HasSubstr("-V, --version"));
     EXPECT_THAT(help, HasSubstr("corvetta/preferences.json"));
     EXPECT_EQ(help.back(), '\n');
-}
-
-TEST(CommandLine, VersionIsProgramNameAndNumber) {
     EXPECT_THAT(versionText(), MatchesRegex("corvetta [0-9]+\\.[0-9]+\\.[0-9]+"));
 }
 

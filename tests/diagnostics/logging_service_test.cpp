@@ -12,9 +12,22 @@ namespace corvetta {
 namespace {
 
 using ::testing::ElementsAre;
+using Categories = std::vector<std::string>;
 
 class LoggingServiceTest : public ::testing::Test {
 protected:
+    // Logs "<category>.<level>" at every level in two categories and returns what was kept.
+    std::vector<std::string> keptOfEverything(LoggingService& service) {
+        book.clear();
+        for (const auto& category : {LogCategory::general(), LogCategory::shortcut()}) {
+            for (auto level :
+                 {LogLevel::debug, LogLevel::info, LogLevel::warning, LogLevel::error}) {
+                service.log(level, "Svc", category,
+                            category.rawValue + "." + std::string(logLevelName(level)));
+            }
+        }
+        return kept();
+    }
     std::vector<std::string> kept() const {
         std::vector<std::string> messages;
         for (const auto& entry : book.recentEntries()) {
@@ -23,81 +36,56 @@ protected:
         return messages;
     }
 
-    // One line at every level in each of two categories, named "<category>.<level>".
-    void logEverything(LoggingService& service) {
-        for (const auto& category : {LogCategory::general(), LogCategory::shortcut()}) {
-            for (auto level :
-                 {LogLevel::debug, LogLevel::info, LogLevel::warning, LogLevel::error}) {
-                service.log(level, "Svc", category,
-                            category.rawValue + "." + std::string(logLevelName(level)));
-            }
-        }
-    }
-
     InMemoryPreferences preferences;
     NotificationCenter notifications;
     ManualClock clock;
     Logbook book{preferences, notifications, clock, nullptr};
 };
 
-TEST_F(LoggingServiceTest, PassesEverythingWhenNothingIsStored) {
-    LoggingService service(preferences, book);
-    EXPECT_TRUE(service.loggingEnabled());
-    EXPECT_EQ(service.minimumLogLevel(), LogLevel::debug);
-    EXPECT_FALSE(service.enabledCategories());
-    logEverything(service);
-    EXPECT_EQ(book.entryCount(), 8u);
-}
+TEST_F(LoggingServiceTest, StoredSwitchesFilterEntries) {
+    LoggingService defaults(preferences, book);
+    EXPECT_TRUE(defaults.loggingEnabled());
+    EXPECT_EQ(defaults.minimumLogLevel(), LogLevel::debug);
+    EXPECT_FALSE(defaults.enabledCategories());
+    EXPECT_EQ(keptOfEverything(defaults).size(), 8u);
 
-TEST_F(LoggingServiceTest, DisabledLoggingDropsEverything) {
-    preferences.set(LoggingService::kLoggingEnabledKey, false);
-    LoggingService service(preferences, book);
-    logEverything(service);
-    EXPECT_EQ(book.entryCount(), 0u);
-}
-
-TEST_F(LoggingServiceTest, MinimumLevelReadsAnIndexOrAName) {
     preferences.set(LoggingService::kMinimumLogLevelKey, 2);
     LoggingService byIndex(preferences, book);
     EXPECT_EQ(byIndex.minimumLogLevel(), LogLevel::warning);
-    logEverything(byIndex);
-    EXPECT_THAT(kept(), ElementsAre("general.warning", "general.error", "shortcut.warning",
-                                    "shortcut.error"));
-
+    EXPECT_THAT(keptOfEverything(byIndex), ElementsAre("general.warning", "general.error",
+                                                       "shortcut.warning", "shortcut.error"));
     preferences.set(LoggingService::kMinimumLogLevelKey, "error");
     EXPECT_EQ(LoggingService(preferences, book).minimumLogLevel(), LogLevel::error);
     preferences.set(LoggingService::kMinimumLogLevelKey, "1");
     EXPECT_EQ(LoggingService(preferences, book).minimumLogLevel(), LogLevel::info);
-}
-
-TEST_F(LoggingServiceTest, UnreadableMinimumLevelFallsBackToDebug) {
-    for (PropertyValue stored : {PropertyValue(7), PropertyValue(-1), PropertyValue("loud"),
-                                 PropertyValue(PropertyValue::Array{})}) {
-        preferences.set(LoggingService::kMinimumLogLevelKey, stored);
+    for (PropertyValue unreadable : {PropertyValue(7), PropertyValue(-1), PropertyValue("loud"),
+                                     PropertyValue(PropertyValue::Array{})}) {
+        preferences.set(LoggingService::kMinimumLogLevelKey, unreadable);
         EXPECT_EQ(LoggingService(preferences, book).minimumLogLevel(), LogLevel::debug);
     }
-}
+    preferences.remove(LoggingService::kMinimumLogLevelKey);
 
-TEST_F(LoggingServiceTest, EnabledCategoriesDropTheOthers) {
-    preferences.set(LoggingService::kEnabledCategoriesKey, std::vector<std::string>{"shortcut"});
-    LoggingService service(preferences, book);
-    EXPECT_EQ(service.enabledCategories(), std::set<std::string>{"shortcut"});
-    logEverything(service);
-    EXPECT_THAT(kept(), ElementsAre("shortcut.debug", "shortcut.info", "shortcut.warning",
-                                    "shortcut.error"));
-    EXPECT_FALSE(service.wouldLog(LogLevel::error, LogCategory::general()));
-
+    preferences.set(LoggingService::kEnabledCategoriesKey, Categories{"shortcut"});
+    LoggingService shortcuts(preferences, book);
+    EXPECT_EQ(shortcuts.enabledCategories(), std::set<std::string>{"shortcut"});
+    EXPECT_THAT(keptOfEverything(shortcuts), ElementsAre("shortcut.debug", "shortcut.info",
+                                                         "shortcut.warning", "shortcut.error"));
     // An empty list is a real choice: no category at all.
-    preferences.set(LoggingService::kEnabledCategoriesKey, std::vector<std::string>{});
-    service.reloadSettings();
-    EXPECT_FALSE(service.wouldLog(LogLevel::error, LogCategory::shortcut()));
+    preferences.set(LoggingService::kEnabledCategoriesKey, Categories{});
+    shortcuts.reloadSettings();
+    EXPECT_FALSE(shortcuts.wouldLog(LogLevel::error, LogCategory::shortcut()));
+
+    preferences.set(LoggingService::kLoggingEnabledKey, false);
+    preferences.remove(LoggingService::kEnabledCategoriesKey);
+    LoggingService disabled(preferences, book);
+    EXPECT_TRUE(keptOfEverything(disabled).empty());
 }
 
 TEST_F(LoggingServiceTest, StoredChangesApplyOnlyAfterReload) {
     LoggingService service(preferences, book);
     preferences.set(LoggingService::kLoggingEnabledKey, false);
     preferences.set(LoggingService::kMinimumLogLevelKey, 3);
-    preferences.set(LoggingService::kEnabledCategoriesKey, std::vector<std::string>{"mcp"});
+    preferences.set(LoggingService::kEnabledCategoriesKey, Categories{"mcp"});
     service.log(LogLevel::debug, "Svc", LogCategory::general(), "before reload");
     EXPECT_TRUE(service.loggingEnabled());
     EXPECT_EQ(service.minimumLogLevel(), LogLevel::debug);
@@ -116,7 +104,8 @@ TEST_F(LoggingServiceTest, StoredChangesApplyOnlyAfterReload) {
     EXPECT_THAT(kept(), ElementsAre("before reload", "after reload"));
 }
 
-TEST_F(LoggingServiceTest, LoggerTagsEntriesWithItsServiceAndCategory) {
+TEST_F(LoggingServiceTest, LoggerTagsEntriesAndGoesThroughTheSwitches) {
+    preferences.set(LoggingService::kEnabledCategoriesKey, Categories{"workspace", "toast", "mcp"});
     LoggingService service(preferences, book);
     const Logger logger(service, "WorkspaceService", LogCategory::workspace());
     logger.debug("d");
@@ -124,6 +113,9 @@ TEST_F(LoggingServiceTest, LoggerTagsEntriesWithItsServiceAndCategory) {
     logger.warning("w", LogCategory::toast());
     logger.error("e");
     logger.log(LogLevel::info, "direct", LogCategory::mcp());
+    logger.error("general is off", LogCategory::general());
+    Logger(service, "Plain").error("default category is general, which is off");
+    EXPECT_EQ(Logger(service, "Plain").defaultCategory(), LogCategory::general());
 
     std::vector<std::string> tagged;
     for (const auto& entry : book.recentEntries()) {
@@ -135,16 +127,6 @@ TEST_F(LoggingServiceTest, LoggerTagsEntriesWithItsServiceAndCategory) {
         ElementsAre("debug WorkspaceService[workspace] d", "info WorkspaceService[workspace] i",
                     "warning WorkspaceService[toast] w", "error WorkspaceService[workspace] e",
                     "info WorkspaceService[mcp] direct"));
-}
-
-TEST_F(LoggingServiceTest, LoggerGoesThroughTheServiceSwitches) {
-    preferences.set(LoggingService::kEnabledCategoriesKey, std::vector<std::string>{"toast"});
-    LoggingService service(preferences, book);
-    const Logger logger(service, "Svc");
-    EXPECT_EQ(logger.defaultCategory(), LogCategory::general());
-    logger.error("general is off");
-    logger.info("toast is on", LogCategory::toast());
-    EXPECT_THAT(kept(), ElementsAre("toast is on"));
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
 #include "diagnostics/stderr_log.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -18,238 +17,159 @@
 namespace corvetta {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using namespace std::chrono;
 
-const Date kWhen = sys_days{year{2026} / 11 / 21} + hours{10} + minutes{15} + seconds{30};
+const std::string kPrefix = "2026-11-21T10:15:30Z info Svc[toast] ";
 
 LogEntry entry(std::string message, LogLevel level = LogLevel::info) {
-    return {kWhen, level, "Svc", LogCategory::toast(), std::move(message)};
+    const Date when = sys_days{year{2026} / 11 / 21} + hours{10} + minutes{15} + seconds{30};
+    return {when, level, "Svc", LogCategory::toast(), std::move(message)};
 }
 
-class Pipe {
-public:
-    Pipe() {
-        if (pipe(fds_) != 0) {
-            throw std::runtime_error("pipe failed");
-        }
-    }
+struct Pipe {
+    Pipe() { EXPECT_EQ(pipe(fds), 0); }
     ~Pipe() {
-        close(fds_[0]);
-        closeWriteEnd();
+        close(fds[0]);
+        close(fds[1]);
     }
-    int readFd() const { return fds_[0]; }
-    int writeFd() const { return fds_[1]; }
-    void closeWriteEnd() {
-        if (fds_[1] >= 0) {
-            close(fds_[1]);
-            fds_[1] = -1;
-        }
+    // A small pipe fills quickly; a descriptor may be inherited non-blocking.
+    void shrink(bool nonBlocking) {
+        fcntl(fds[1], F_SETPIPE_SZ, 4096);
+        const int flags = fcntl(fds[1], F_GETFL);
+        fcntl(fds[1], F_SETFL, nonBlocking ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
     }
-
-    // Fills the pipe to the brim so the next blocking write waits for a reader. Returns how many
-    // bytes it took.
+    // Fills the pipe so the next blocking write waits for a reader; returns the bytes it took.
     std::size_t fill() {
-        fcntl(writeFd(), F_SETPIPE_SZ, 4096);  // smaller is quicker; the default works too
-        setNonBlocking(writeFd(), true);
+        shrink(true);
         const std::string chunk(512, 'x');
         std::size_t total = 0;
-        while (true) {
-            const ssize_t n = ::write(writeFd(), chunk.data(), chunk.size());
-            if (n <= 0) {
-                break;
-            }
+        for (ssize_t n; (n = ::write(fds[1], chunk.data(), chunk.size())) > 0;) {
             total += static_cast<std::size_t>(n);
         }
-        setNonBlocking(writeFd(), false);
+        shrink(false);
         return total;
     }
-
-    std::string readExactly(std::size_t size) const {
-        std::string text(size, '\0');
-        std::size_t done = 0;
-        while (done < size) {
-            const ssize_t n = ::read(readFd(), text.data() + done, size - done);
-            if (n <= 0) {
-                throw std::runtime_error("pipe closed early");
-            }
-            done += static_cast<std::size_t>(n);
-        }
-        return text;
-    }
-
-    // Whatever the pipe holds right now, without waiting for more.
-    std::string readAvailable() const {
-        int available = 0;
-        ioctl(readFd(), FIONREAD, &available);
-        return readExactly(static_cast<std::size_t>(available));
-    }
-
-    std::string readToEnd() const {
+    // Reads until `size` bytes or the end of the pipe.
+    std::string read(std::size_t size = SIZE_MAX) const {
         std::string text;
         char buffer[4096];
-        ssize_t n;
-        while ((n = ::read(readFd(), buffer, sizeof buffer)) > 0) {
+        for (ssize_t n;
+             text.size() < size &&
+             (n = ::read(fds[0], buffer, std::min(sizeof buffer, size - text.size()))) > 0;) {
             text.append(buffer, static_cast<std::size_t>(n));
         }
         return text;
     }
-
-private:
-    static void setNonBlocking(int fd, bool on) {
-        const int flags = fcntl(fd, F_GETFL);
-        fcntl(fd, F_SETFL, on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
+    std::string readAvailable() const {
+        int available = 0;
+        ioctl(fds[0], FIONREAD, &available);
+        return read(static_cast<std::size_t>(available));
     }
-
-    int fds_[2];
+    void closeWriteEnd() {
+        close(fds[1]);
+        fds[1] = -1;
+    }
+    int fds[2] = {-1, -1};
 };
 
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-TEST(PlatformLogLine, IsOneCompactLine) {
+TEST(StderrLog, WritesOneEscapedLinePerEntryInOrder) {
     EXPECT_EQ(formatPlatformLogLine(entry("saved", LogLevel::warning)),
               "2026-11-21T10:15:30Z warning Svc[toast] saved\n");
-    EXPECT_EQ(formatPlatformLogLine(entry("two\nlines\r\nhere")),
-              "2026-11-21T10:15:30Z info Svc[toast] two\\nlines\\r\\nhere\n");
-}
-
-TEST(StderrLog, WritesOneLinePerEntryInOrder) {
     Pipe pipe;
-    StderrLog log(pipe.writeFd());
+    StderrLog log(pipe.fds[1]);
     log.write(entry("first"));
-    log.write(entry("second\nhalf", LogLevel::error));
+    log.write(entry("two\nlines\r\nhere", LogLevel::error));
     log.write(entry("third"));
     log.flush();
-    EXPECT_THAT(linesOf(pipe.readAvailable()),
-                ElementsAre("2026-11-21T10:15:30Z info Svc[toast] first",
-                            "2026-11-21T10:15:30Z error Svc[toast] second\\nhalf",
-                            "2026-11-21T10:15:30Z info Svc[toast] third"));
-    log.flush();  // nothing queued: returns at once
+    EXPECT_EQ(pipe.readAvailable(),
+              kPrefix + "first\n" +
+                  "2026-11-21T10:15:30Z error Svc[toast] two\\nlines\\r\\nhere\n" + kPrefix +
+                  "third\n");
+    log.flush();  // nothing queued: must return at once
 }
 
-// A descriptor inherited in non-blocking mode fills up now and then; nothing may be lost to that.
-TEST(StderrLog, WaitsOutAFullNonBlockingDescriptor) {
+// The writer is stuck on a full pipe when the log goes, so most lines are still queued; and an
+// inherited non-blocking descriptor must be waited out, not given up on.
+TEST(StderrLog, DestructionWritesEverythingQueuedThroughAFullNonBlockingDescriptor) {
+    constexpr int kEntries = 2000;  // far more than the pipe holds
     Pipe pipe;
-    fcntl(pipe.writeFd(), F_SETPIPE_SZ, 4096);
-    fcntl(pipe.writeFd(), F_SETFL, fcntl(pipe.writeFd(), F_GETFL) | O_NONBLOCK);
-    std::string received;
-    std::thread reader;
-    constexpr int kEntries = 2000;
-    {
-        StderrLog log(pipe.writeFd());
-        // Far more than the pipe holds, queued before anyone reads.
-        for (int i = 0; i < kEntries; ++i) {
-            log.write(entry("line " + std::to_string(i)));
-        }
-        reader = std::thread([&] { received = pipe.readToEnd(); });
-        log.flush();
+    const std::size_t filler = pipe.fill();
+    pipe.shrink(true);
+    std::optional<StderrLog> log(std::in_place, pipe.fds[1]);
+    std::string expected(filler, 'x');
+    for (int i = 0; i < kEntries; ++i) {
+        log->write(entry("m" + std::to_string(i)));
+        expected += kPrefix + "m" + std::to_string(i) + "\n";
     }
+    std::string output;
+    std::thread reader([&] { output = pipe.read(); });
+    log.reset();
     pipe.closeWriteEnd();
     reader.join();
-    const auto lines = linesOf(received);
-    ASSERT_EQ(lines.size(), static_cast<std::size_t>(kEntries));
-    EXPECT_EQ(lines.back(), "2026-11-21T10:15:30Z info Svc[toast] line 1999");
+    EXPECT_EQ(output, expected);
 }
 
 TEST(StderrLog, DropsLinesPastCapacityAndSaysHowMany) {
     constexpr std::size_t kCapacity = 3;
     constexpr int kEntries = 50;
     Pipe pipe;
-    // With the pipe full, the writer blocks on the first batch it takes and nothing drains until
-    // this test reads, so at most that batch and one full backlog survive. Lines may also be
-    // dropped before the writer takes that first batch, so there can be a note after each batch.
+    // The writer blocks on its first batch until this test reads, so at most that batch and one
+    // full backlog survive; lines dropped before that batch earn a note of their own.
     const std::size_t filler = pipe.fill();
-    StderrLog log(pipe.writeFd(), kCapacity);
+    StderrLog log(pipe.fds[1], kCapacity);
     for (int i = 0; i < kEntries; ++i) {
         log.write(entry("m" + std::to_string(i)));
     }
-    pipe.readExactly(filler);
+    pipe.read(filler);
     log.flush();
 
-    const auto lines = linesOf(pipe.readAvailable());
-    ASSERT_FALSE(lines.empty());
-    // Each note counts exactly the entries missing between the lines around it.
+    std::istringstream lines(pipe.readAvailable());
     int next = 0;
     std::size_t kept = 0;
-    for (const auto& line : lines) {
+    std::string last;
+    for (std::string line; std::getline(lines, line); last = line) {
         int dropped = 0;
         if (std::sscanf(line.c_str(), "(%d log lines dropped", &dropped) == 1) {
             EXPECT_GT(dropped, 0);
             next += dropped;
         } else {
-            EXPECT_EQ(line, "2026-11-21T10:15:30Z info Svc[toast] m" + std::to_string(next));
-            ++next;
+            EXPECT_EQ(line, kPrefix + "m" + std::to_string(next++));
             ++kept;
         }
     }
     EXPECT_EQ(next, kEntries);
     EXPECT_GE(kept, kCapacity);
     EXPECT_LE(kept, 2 * kCapacity);
-    EXPECT_THAT(lines.back(), HasSubstr(" log lines dropped"));
+    EXPECT_THAT(last, HasSubstr(" log lines dropped"));
 
-    // Once caught up, lines flow again and the drop is not reported twice.
+    // Caught up, lines flow again and the drop is not reported twice.
     log.write(entry("later"));
     log.flush();
-    EXPECT_THAT(linesOf(pipe.readAvailable()),
-                ElementsAre("2026-11-21T10:15:30Z info Svc[toast] later"));
+    EXPECT_EQ(pipe.readAvailable(), kPrefix + "later\n");
 }
 
 TEST(StderrLog, FlushWaitsUntilTheLineIsInThePipe) {
     Pipe pipe;
     const std::size_t filler = pipe.fill();
-    StderrLog log(pipe.writeFd());
-    const std::string line = "2026-11-21T10:15:30Z info Svc[toast] slow\n";
+    StderrLog log(pipe.fds[1]);
     log.write(entry("slow"));
-    // The line can only go in once the filler is out, so whenever flush returns the pipe holds
-    // the line and nothing else.
+    // The line only fits once the filler is read, which starts only once flush is under way: a
+    // flush that returned early would see the filler still there.
     int heldAfterFlush = -1;
     std::atomic<bool> flushing{false};
     std::thread flusher([&] {
         flushing = true;
         log.flush();
-        ioctl(pipe.readFd(), FIONREAD, &heldAfterFlush);
+        ioctl(pipe.fds[0], FIONREAD, &heldAfterFlush);
     });
-    // Reading only once flush is under way lets a flush that returns early see the filler.
     while (!flushing) {
         std::this_thread::yield();
     }
-    pipe.readExactly(filler);
+    pipe.read(filler);
     flusher.join();
-    EXPECT_EQ(heldAfterFlush, static_cast<int>(line.size()));
-    EXPECT_EQ(pipe.readAvailable(), line);
-}
-
-TEST(StderrLog, DestructionWritesEverythingQueued) {
-    constexpr int kEntries = 20;
-    Pipe pipe;
-    const std::size_t filler = pipe.fill();
-    std::optional<StderrLog> log(std::in_place, pipe.writeFd());
-    for (int i = 0; i < kEntries; ++i) {
-        log->write(entry("m" + std::to_string(i)));
-    }
-    // The writer is stuck on the full pipe, so most lines are still queued when the log goes;
-    // reading must run alongside, or the destructor would wait for ever.
-    std::string output;
-    std::thread reader([&] { output = pipe.readToEnd(); });
-    log.reset();
-    pipe.closeWriteEnd();
-    reader.join();
-
-    ASSERT_GE(output.size(), filler);
-    const auto lines = linesOf(output.substr(filler));
-    ASSERT_EQ(lines.size(), static_cast<std::size_t>(kEntries));
-    for (int i = 0; i < kEntries; ++i) {
-        EXPECT_EQ(lines[static_cast<std::size_t>(i)],
-                  "2026-11-21T10:15:30Z info Svc[toast] m" + std::to_string(i));
-    }
+    EXPECT_EQ(heldAfterFlush, static_cast<int>(kPrefix.size() + 5));
+    EXPECT_EQ(pipe.readAvailable(), kPrefix + "slow\n");
 }
 
 }  // namespace
