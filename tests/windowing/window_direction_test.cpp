@@ -1,5 +1,7 @@
 #include "windowing/window_direction.h"
 
+#include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,98 +15,33 @@
 namespace corvetta {
 namespace {
 
-using ::testing::ElementsAreArray;
+using ::testing::ElementsAre;
 
-const std::vector<std::string> kDirectionOrder = {"custom",
-                                                  "leftHalf",
-                                                  "rightHalf",
-                                                  "topHalf",
-                                                  "bottomHalf",
-                                                  "topLeft",
-                                                  "topRight",
-                                                  "bottomLeft",
-                                                  "bottomRight",
-                                                  "maximize",
-                                                  "center",
-                                                  "leftThird",
-                                                  "centerThird",
-                                                  "rightThird",
-                                                  "leftTwoThirds",
-                                                  "centerTwoThirds",
-                                                  "rightTwoThirds",
-                                                  "topThird",
-                                                  "centerVerticalThird",
-                                                  "bottomThird",
-                                                  "topLeftQuarter",
-                                                  "topRightQuarter",
-                                                  "bottomLeftQuarter",
-                                                  "bottomRightQuarter",
-                                                  "larger",
-                                                  "smaller",
-                                                  "largerWidth",
-                                                  "smallerWidth",
-                                                  "almostMaximize",
-                                                  "specified"};
-
-const std::vector<std::string> kPositionOrder = {"custom",
-                                                 "leftHalf",
-                                                 "rightHalf",
-                                                 "topHalf",
-                                                 "bottomHalf",
-                                                 "fullscreen",
-                                                 "center",
-                                                 "leftThird",
-                                                 "centerThird",
-                                                 "rightThird",
-                                                 "topLeftQuarter",
-                                                 "topRightQuarter",
-                                                 "bottomLeftQuarter",
-                                                 "bottomRightQuarter",
-                                                 "leftTwoThirds",
-                                                 "centerTwoThirds",
-                                                 "rightTwoThirds",
-                                                 "topThird",
-                                                 "centerVerticalThird",
-                                                 "bottomThird"};
-
-// The plain companions list the same cases with `custom` moved to the end.
-std::vector<std::string> customLast(std::vector<std::string> names) {
-    names.erase(names.begin());
-    names.push_back("custom");
-    return names;
+// The plain types hold the cases' names with `custom` moved from first to last.
+template <class Value, class Cases, class Types, class Lookup>
+void expectTypesFollowTheCases(const Cases& cases, const Types& types, Lookup fromRawValue) {
+    std::vector<std::string> names, typeNames;
+    for (auto c : cases) {
+        names.emplace_back(Value(c).name());
+    }
+    for (auto t : types) {
+        typeNames.emplace_back(rawValue(t));
+        EXPECT_EQ(fromRawValue(rawValue(t)), t);
+    }
+    ASSERT_EQ(names.front(), "custom");
+    EXPECT_EQ(std::set(names.begin(), names.end()).size(), names.size());
+    std::rotate(names.begin(), names.begin() + 1, names.end());
+    EXPECT_EQ(typeNames, names);
 }
 
-TEST(WindowDirectionTest, CasesAndTheirCompanionsKeepTheDeclaredOrder) {
-    std::vector<std::string> directions, directionTypes, positions, positionTypes;
-    for (auto c : allWindowDirectionCases()) {
-        directions.emplace_back(WindowDirection(c).name());
-    }
-    for (auto t : allDirectionTypes()) {
-        directionTypes.emplace_back(rawValue(t));
-    }
-    for (auto c : allSnapPositionCases()) {
-        positions.emplace_back(SnapPosition(c).name());
-    }
-    for (auto t : allPositionTypes()) {
-        positionTypes.emplace_back(rawValue(t));
-    }
-    EXPECT_THAT(directions, ElementsAreArray(kDirectionOrder));
-    EXPECT_THAT(directionTypes, ElementsAreArray(customLast(kDirectionOrder)));
-    EXPECT_THAT(positions, ElementsAreArray(kPositionOrder));
-    EXPECT_THAT(positionTypes, ElementsAreArray(customLast(kPositionOrder)));
-}
-
-TEST(WindowDirectionTest, RawValuesNameCasesAndNothingElse) {
-    for (auto t : allDirectionTypes()) {
-        EXPECT_EQ(directionTypeFromRawValue(rawValue(t)), t);
-    }
-    for (auto t : allPositionTypes()) {
-        EXPECT_EQ(positionTypeFromRawValue(rawValue(t)), t);
-    }
-    for (const char* unknown : {"", "LeftHalf", "fullscreen ", "moveToNextDisplay"}) {
+TEST(WindowDirectionTest, TypesMatchTheCasesAndRawValuesNameNothingElse) {
+    expectTypesFollowTheCases<WindowDirection>(allWindowDirectionCases(), allDirectionTypes(),
+                                               directionTypeFromRawValue);
+    expectTypesFollowTheCases<SnapPosition>(allSnapPositionCases(), allPositionTypes(),
+                                            positionTypeFromRawValue);
+    for (const char* unknown : {"", "LeftHalf", "fullscreen ", "moveToNextDisplay", "fullscreen"}) {
         EXPECT_EQ(directionTypeFromRawValue(unknown), std::nullopt) << unknown;
     }
-    EXPECT_EQ(directionTypeFromRawValue("fullscreen"), std::nullopt);
     EXPECT_EQ(positionTypeFromRawValue("maximize"), std::nullopt);
 }
 
@@ -121,6 +58,10 @@ TEST(WindowDirectionTest, EqualityComparesCasesAndCustomRectangles) {
     EXPECT_EQ(SnapPosition::custom({5, 6, 7, 8}), SnapPosition(PositionType::custom, {5, 6, 7, 8}));
     EXPECT_NE(SnapPosition(SnapPosition::Case::fullscreen),
               SnapPosition(SnapPosition::Case::center));
+}
+
+Json parsed(const char* text) {
+    return parseJson(text).value();
 }
 
 TEST(WindowDirectionTest, EveryCaseSurvivesTheStoredForm) {
@@ -140,53 +81,38 @@ TEST(WindowDirectionTest, EveryCaseSurvivesTheStoredForm) {
                                           : SnapPosition(c);
         EXPECT_EQ(snapPositionFromJson(toJson(position)), position);
     }
-}
-
-TEST(WindowDirectionTest, CustomIsStoredAsTypeAndFourNumbers) {
     EXPECT_EQ(writeJson(toJson(WindowDirection::custom({10, 20, 300.5, 400})), JsonStyle::compact),
               R"({"type":"custom","rect":[10.0,20.0,300.5,400.0]})");
     EXPECT_EQ(writeJson(toJson(SnapPosition(SnapPosition::Case::fullscreen)), JsonStyle::compact),
               R"({"type":"fullscreen"})");
-    EXPECT_EQ(toJson(WindowDirection(WindowDirection::Case::topLeft)),
-              toJson(WindowDirection(DirectionType::topLeft)));
-    EXPECT_NE(toJson(WindowDirection(WindowDirection::Case::topLeft)),
-              toJson(WindowDirection(WindowDirection::Case::topLeftQuarter)));
+    // Names stored by earlier versions that no menu title pins down.
+    for (const char* name : {"topLeft", "topRight", "bottomLeft", "maximize", "center", "larger",
+                             "smaller", "largerWidth", "smallerWidth", "almostMaximize",
+                             "specified", "topLeftQuarter", "bottomRightQuarter"}) {
+        EXPECT_TRUE(directionTypeFromRawValue(name)) << name;
+    }
 }
 
 TEST(WindowDirectionTest, DamagedStoredFormsAreRefused) {
-    struct Case {
-        const char* json;
-        // Exact error text, or empty when only the refusal matters.
-        std::string message;
-    };
-    const std::vector<Case> cases = {
-        {R"({"type":"custom","rect":[1,2,3]})", "Expected 4 values for rect"},
-        {R"({"type":"custom","rect":[1,2,3,4,5]})", "Expected 4 values for rect"},
-        {R"({"type":"custom","rect":[1,2,"3",4]})", "Expected 4 values for rect"},
-        {R"({"type":"custom","rect":{"x":1}})", "Expected 4 values for rect"},
-        {R"({"type":"custom","rect":[[1,2],[3,4]]})", "Expected 4 values for rect"},
-        {R"({"type":"custom"})", ""},
-        {R"({"type":"fullscreen"})", ""},
-        {R"({"type":"sideways"})", ""},
-        {R"({"rect":[1,2,3,4]})", ""},
-        {R"({"type":3})", ""},
-        {R"(["leftHalf"])", ""},
-    };
-    for (const auto& c : cases) {
-        const Json value = parseJson(c.json).value();
+    const char* const wrongRects[] = {
+        R"({"type":"custom","rect":[1,2,3]})", R"({"type":"custom","rect":[1,2,3,4,5]})",
+        R"({"type":"custom","rect":[1,2,"3",4]})", R"({"type":"custom","rect":{"x":1}})",
+        R"({"type":"custom","rect":[[1,2],[3,4]]})"};
+    for (const char* json : wrongRects) {
         try {
-            windowDirectionFromJson(value, "panes[0]");
-            ADD_FAILURE() << "accepted " << c.json;
+            windowDirectionFromJson(parsed(json), "panes[0]");
+            ADD_FAILURE() << "accepted " << json;
         } catch (const JsonDecodeError& error) {
-            if (!c.message.empty()) {
-                EXPECT_EQ(std::string(error.what()), c.message) << c.json;
-            }
+            EXPECT_EQ(std::string(error.what()), "Expected 4 values for rect") << json;
         }
     }
-    EXPECT_THROW(snapPositionFromJson(parseJson(R"({"type":"maximize"})").value()),
-                 JsonDecodeError);
-    EXPECT_THROW(snapPositionFromJson(parseJson(R"({"type":"custom","rect":[]})").value()),
-                 JsonDecodeError);
+    for (const char* json :
+         {R"({"type":"custom"})", R"({"type":"fullscreen"})", R"({"type":"sideways"})",
+          R"({"rect":[1,2,3,4]})", R"({"type":3})", R"(["leftHalf"])"}) {
+        EXPECT_THROW(windowDirectionFromJson(parsed(json)), JsonDecodeError) << json;
+    }
+    EXPECT_THROW(snapPositionFromJson(parsed(R"({"type":"maximize"})")), JsonDecodeError);
+    EXPECT_THROW(snapPositionFromJson(parsed(R"({"type":"custom","rect":[]})")), JsonDecodeError);
 }
 
 std::vector<std::string> describe(const auto& titles) {
@@ -197,40 +123,35 @@ std::vector<std::string> describe(const auto& titles) {
     return rows;
 }
 
-TEST(ActionTitlesTest, FourGroupsInDisplayOrder) {
+TEST(ActionTitlesTest, FourGroupsInDisplayOrderNamingStoredPositions) {
     EXPECT_THAT(describe(halvesActionTitles()),
-                ElementsAreArray({"Left Half=leftHalf", "Right Half=rightHalf", "Top Half=topHalf",
-                                  "Bottom Half=bottomHalf"}));
+                ElementsAre("Left Half=leftHalf", "Right Half=rightHalf", "Top Half=topHalf",
+                            "Bottom Half=bottomHalf"));
+    EXPECT_THAT(describe(quartersActionTitles()),
+                ElementsAre("Top Left Quarter=topLeftQuarter", "Top Right Quarter=topRightQuarter",
+                            "Bottom Left Quarter=bottomLeftQuarter",
+                            "Bottom Right Quarter=bottomRightQuarter"));
     EXPECT_THAT(
-        describe(quartersActionTitles()),
-        ElementsAreArray({"Top Left Quarter=topLeftQuarter", "Top Right Quarter=topRightQuarter",
-                          "Bottom Left Quarter=bottomLeftQuarter",
-                          "Bottom Right Quarter=bottomRightQuarter"}));
-    EXPECT_THAT(describe(thirdsActionTitles()),
-                ElementsAreArray(
-                    {"Left Third=leftThird", "Center Third=centerThird", "Right Third=rightThird",
-                     "Left Two Thirds=leftTwoThirds", "Center Two Thirds=centerTwoThirds",
-                     "Right Two Thirds=rightTwoThirds", "Top Third=topThird",
-                     "Center Vertical Third=centerVerticalThird", "Bottom Third=bottomThird"}));
-    EXPECT_THAT(describe(otherActionTitles()),
-                ElementsAreArray({"Fullscreen=fullscreen", "Center=center",
-                                  "Previous Display=moveToPreviousDisplay",
-                                  "Next Display=moveToNextDisplay"}));
-}
-
-TEST(ActionTitlesTest, KeyNamesOfPositionsAreStoredPositionNames) {
-    // Every row but the display moves names a snap position, so a menu row can be stored.
+        describe(thirdsActionTitles()),
+        ElementsAre("Left Third=leftThird", "Center Third=centerThird", "Right Third=rightThird",
+                    "Left Two Thirds=leftTwoThirds", "Center Two Thirds=centerTwoThirds",
+                    "Right Two Thirds=rightTwoThirds", "Top Third=topThird",
+                    "Center Vertical Third=centerVerticalThird", "Bottom Third=bottomThird"));
+    EXPECT_THAT(describe(otherActionTitles()), ElementsAre("Fullscreen=fullscreen", "Center=center",
+                                                           "Previous Display=moveToPreviousDisplay",
+                                                           "Next Display=moveToNextDisplay"));
+    // Every row but the display moves names a snap position, so that a menu row can be stored.
     for (const auto* group :
          {&halvesActionTitles(), &quartersActionTitles(), &otherActionTitles()}) {
         for (const auto& row : *group) {
-            const bool displayMove = row.keyName.starts_with("moveTo");
-            EXPECT_EQ(positionTypeFromRawValue(row.keyName).has_value(), !displayMove)
+            EXPECT_EQ(positionTypeFromRawValue(row.keyName).has_value(),
+                      !row.keyName.starts_with("moveTo"))
                 << row.keyName;
         }
     }
     for (const auto& row : thirdsActionTitles()) {
-        EXPECT_TRUE(positionTypeFromRawValue(row.keyName).has_value()) << row.keyName;
-        EXPECT_TRUE(directionTypeFromRawValue(row.keyName).has_value()) << row.keyName;
+        EXPECT_TRUE(positionTypeFromRawValue(row.keyName)) << row.keyName;
+        EXPECT_TRUE(directionTypeFromRawValue(row.keyName)) << row.keyName;
     }
 }
 

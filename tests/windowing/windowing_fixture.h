@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,18 +15,13 @@
 
 namespace corvetta::testing_support {
 
-inline Screen makeScreen(ScreenNumber number, Rect frame, Rect visibleFrame) {
-    return Screen{number, frame, visibleFrame, 2.0, "Display " + std::to_string(number)};
+// The visible frame is the frame less a 25-point menu bar at the top, unless given.
+inline Screen makeScreen(ScreenNumber number, Rect frame, std::optional<Rect> visible = {}) {
+    const Rect menuBarLess(frame.minX(), frame.minY(), frame.width(), frame.height() - 25);
+    return Screen{number, frame, visible.value_or(menuBarLess), 2.0,
+                  "Display " + std::to_string(number)};
 }
 
-// A screen whose visible frame is its frame less a 25-point menu bar at the top.
-inline Screen makeScreen(ScreenNumber number, Rect frame) {
-    return makeScreen(
-        number, frame,
-        Rect(frame.origin.x, frame.origin.y, frame.size.width, frame.size.height - 25));
-}
-
-// The logging stack the services write through, with every level kept, and the screens port.
 class WindowingTest : public ::testing::Test {
 protected:
     std::vector<std::string> loggedMessages(const std::string& service) const {
