@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "diagnostics/log_text.h"
+#include "support/log_messages.h"
 
 // GCC 12 warns about filter parts a designated initializer leaves out, which is their purpose.
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
@@ -38,11 +39,7 @@ protected:
         book.log(level, "Svc", category, message);
     }
     Strings messages(const LogFilter& filter = {}) const {
-        Strings messages;
-        for (const auto& entry : book.recentEntries(filter)) {
-            messages.push_back(entry.message);
-        }
-        return messages;
+        return testing::loggedMessages(book, filter);
     }
 
     InMemoryPreferences preferences;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "diagnostics/logger.h"
+#include "support/log_messages.h"
 
 // GCC 12 warns about filter parts a designated initializer leaves out, which is their purpose.
 #pragma GCC diagnostic ignored "-Wmissing-field-initializers"
@@ -69,11 +70,7 @@ const std::vector<PresetCase> kPresets = {
 class LoggingManagerTest : public ::testing::Test {
 protected:
     std::vector<std::string> lines() const {
-        std::vector<std::string> messages;
-        for (const auto& entry : book.recentEntries({.service = "LoggingManager"})) {
-            messages.push_back(entry.message);
-        }
-        return messages;
+        return testing::loggedMessages(book, {.service = "LoggingManager"});
     }
 
     InMemoryPreferences preferences;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "diagnostics/logger.h"
+#include "support/log_messages.h"
 
 namespace corvetta {
 namespace {
@@ -28,13 +29,7 @@ protected:
         }
         return kept();
     }
-    std::vector<std::string> kept() const {
-        std::vector<std::string> messages;
-        for (const auto& entry : book.recentEntries()) {
-            messages.push_back(entry.message);
-        }
-        return messages;
-    }
+    std::vector<std::string> kept() const { return testing::loggedMessages(book); }
 
     InMemoryPreferences preferences;
     NotificationCenter notifications;

@@ -12,6 +12,7 @@
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
 #include "platform/in_memory_screens.h"
+#include "support/log_messages.h"
 
 namespace corvetta::testing_support {
 
@@ -25,13 +26,9 @@ inline Screen makeScreen(ScreenNumber number, Rect frame, std::optional<Rect> vi
 class WindowingTest : public ::testing::Test {
 protected:
     std::vector<std::string> loggedMessages(const std::string& service) const {
-        std::vector<std::string> messages;
-        for (const auto& entry : logbook.recentEntries()) {
-            if (entry.service == service) {
-                messages.push_back(entry.message);
-            }
-        }
-        return messages;
+        LogFilter filter;
+        filter.service = service;
+        return testing::loggedMessages(logbook, filter);
     }
 
     InMemoryPreferences preferences;
