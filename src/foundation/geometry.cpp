@@ -165,6 +165,14 @@ bool Rect::operator==(const Rect& other) const {
     return a.origin == b.origin && a.size == b.size;
 }
 
+std::string Point::description() const {
+    return "(" + formatNumber(x) + ", " + formatNumber(y) + ")";
+}
+
+std::string Size::description() const {
+    return "(" + formatNumber(width) + ", " + formatNumber(height) + ")";
+}
+
 std::string Rect::description() const {
     return "(" + formatNumber(origin.x) + ", " + formatNumber(origin.y) + ", " +
            formatNumber(size.width) + ", " + formatNumber(size.height) + ")";
@@ -179,11 +187,11 @@ double roundToNearest(double value) {
 }
 
 std::ostream& operator<<(std::ostream& os, const Point& p) {
-    return os << "(" << p.x << ", " << p.y << ")";
+    return os << p.description();
 }
 
 std::ostream& operator<<(std::ostream& os, const Size& s) {
-    return os << "(" << s.width << ", " << s.height << ")";
+    return os << s.description();
 }
 
 std::ostream& operator<<(std::ostream& os, const Rect& r) {

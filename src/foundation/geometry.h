@@ -14,6 +14,8 @@ struct Point {
     double y = 0;
 
     bool operator==(const Point&) const = default;
+    // "(10, 20)", for log lines.
+    std::string description() const;
 };
 
 struct Size {
@@ -21,6 +23,8 @@ struct Size {
     double height = 0;
 
     bool operator==(const Size&) const = default;
+    // "(800, 600)", for log lines.
+    std::string description() const;
 };
 
 struct Rect {

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/expected.h"
+#include "foundation/registration.h"
+#include "platform/accessibility.h"
+
+namespace corvetta {
+
+enum class ActivationPolicy { regular, accessory, prohibited };
+
+// A running application as the workspace reports it.
+struct RunningApplication {
+    ProcessId processIdentifier = 0;
+    // Absent for helper processes and tools that have no bundle.
+    std::optional<std::string> bundleIdentifier;
+    std::string localizedName;
+    ActivationPolicy activationPolicy = ActivationPolicy::regular;
+    bool isHidden = false;
+
+    bool operator==(const RunningApplication&) const = default;
+    // "Editor (com.example.editor, pid 101)", for log lines.
+    std::string description() const;
+};
+
+struct LaunchError {
+    enum class Kind { notFound, failed };
+    Kind kind = Kind::failed;
+    std::string message;
+};
+
+using LaunchCompletion = std::function<void(const Expected<RunningApplication, LaunchError>&)>;
+
+// The applications port: what the shared workspace knows about running applications.
+class ApplicationsPort {
+public:
+    virtual ~ApplicationsPort() = default;
+
+    // This process, as the workspace sees it.
+    virtual RunningApplication currentApplication() const = 0;
+    virtual std::vector<RunningApplication> runningApplications() const = 0;
+    virtual std::optional<RunningApplication> runningApplication(ProcessId process) const = 0;
+    // The application that receives key events; none while nothing is in front.
+    virtual std::optional<RunningApplication> frontmostApplication() const = 0;
+    // "NSWorkspaceDidActivateApplicationNotification": called on the main thread with the
+    // application that came to the front, this one included, for as long as the registration lives.
+    [[nodiscard]] virtual Registration observeDidActivateApplication(
+        std::function<void(const RunningApplication&)> handler) = 0;
+    // Whether an application with this identifier is installed.
+    virtual bool canLaunchApplication(const std::string& bundleIdentifier) const = 0;
+    // Launches (or finds the running copy of) the application and activates it; the completion
+    // runs on the main thread, never before this call returns.
+    virtual void launchApplication(const std::string& bundleIdentifier,
+                                   LaunchCompletion completion) = 0;
+    // false when no such application runs.
+    virtual bool activate(ProcessId process) = 0;
+    virtual bool hide(ProcessId process) = 0;
+};
+
+}  // namespace corvetta

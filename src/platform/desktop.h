@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "platform/accessibility.h"
+#include "platform/applications.h"
+#include "platform/input_events.h"
+#include "platform/pointer.h"
+#include "platform/screen.h"
+#include "platform/window_list.h"
+
+namespace corvetta {
+
+// One backend's worth of ports: everything the product's logic needs of the operating system.
+// The ports live as long as the desktop.
+class Desktop {
+public:
+    virtual ~Desktop() = default;
+
+    // "sim", "x11", "macos".
+    virtual std::string kind() const = 0;
+    virtual ScreenPort& screenPort() = 0;
+    virtual AccessibilityPort& accessibilityPort() = 0;
+    virtual WindowListPort& windowListPort() = 0;
+    virtual ApplicationsPort& applicationsPort() = 0;
+    virtual PointerPort& pointerPort() = 0;
+    virtual EventMonitorPort& eventMonitorPort() = 0;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "foundation/main_queue.h"
+#include "platform/desktop.h"
+#include "platform/in_memory_screens.h"
+#include "platform/sim/simulated_desktop_spec.h"
+
+namespace corvetta {
+
+// A desktop held in memory that behaves like real applications do: windows clamp to their
+// minimum size, size themselves in steps, take frames late or not at all, go full screen or
+// minimized, and a Dock changes a display's visible frame. Tests change it while it runs; every
+// change is announced the way the platform would announce it (screen-parameter observers,
+// activation observers), synchronously on the calling (main) thread.
+class SimulatedDesktop final : public Desktop,
+                               private AccessibilityPort,
+                               private WindowListPort,
+                               private ApplicationsPort,
+                               private PointerPort,
+                               private EventMonitorPort {
+public:
+    // Delayed frames and launches run on the queue.
+    SimulatedDesktop(SimulatedDesktopSpec spec, MainQueue& queue);
+    ~SimulatedDesktop() override;
+    SimulatedDesktop(const SimulatedDesktop&) = delete;
+    SimulatedDesktop& operator=(const SimulatedDesktop&) = delete;
+
+    std::string kind() const override { return "sim"; }
+    ScreenPort& screenPort() override;
+    AccessibilityPort& accessibilityPort() override { return *this; }
+    WindowListPort& windowListPort() override { return *this; }
+    ApplicationsPort& applicationsPort() override { return *this; }
+    PointerPort& pointerPort() override { return *this; }
+    EventMonitorPort& eventMonitorPort() override { return *this; }
+
+    // Changes made by tests and tools.
+
+    void setDisplays(std::vector<SimulatedDisplay> displays);
+    void setDockHidden(bool hidden);
+    void addApplication(SimulatedApplication application);
+    // The application and its windows go away; its elements turn invalid.
+    void quitApplication(ProcessId pid);
+    // Adds the window in front of the application's others.
+    void addWindow(ProcessId pid, SimulatedWindow window);
+    void closeWindow(WindowNumber number);
+    // Brings the window's application to the front with the window focused.
+    void focusWindow(WindowNumber number);
+    // Changes how a window takes frames, keeping where it is.
+    void setWindowBehaviour(WindowNumber number, const std::function<void(SimulatedWindow&)>& edit);
+    void setAccessibilityTrusted(bool trusted);
+    void setMouseLocation(Point location);
+    // Delivers an event to the global monitors, or to the local ones when it is meant for this
+    // program.
+    void postEvent(const InputEvent& event, bool toThisApplication = false);
+    // This program comes to the front, as when its menu or palette opens.
+    void activateThisApplication();
+
+    // What tests look at.
+
+    // The window's frame now, in accessibility space; none for an unknown window.
+    std::optional<Rect> windowFrame(WindowNumber number) const;
+    std::optional<SimulatedWindow> window(WindowNumber number) const;
+    // How many position and size writes the window received.
+    int frameWriteCount(WindowNumber number) const;
+    // The element for a window, as "AXWindows" would hand it out.
+    std::optional<AXElement> windowElement(WindowNumber number) const;
+    bool dockHidden() const;
+
+    // The ports.
+
+    bool isProcessTrusted() const override;
+    AXElement applicationElement(ProcessId process) override;
+    Expected<AXValue, AXErrorCode> copyAttributeValue(const AXElement& element,
+                                                      std::string_view attribute) override;
+    AXErrorCode setAttributeValue(const AXElement& element, std::string_view attribute,
+                                  const AXValue& value) override;
+    AXErrorCode performAction(const AXElement& element, std::string_view action) override;
+    Expected<ProcessId, AXErrorCode> processOf(const AXElement& element) override;
+
+    std::vector<WindowListEntry> onScreenWindows() const override;
+
+    RunningApplication currentApplication() const override;
+    std::vector<RunningApplication> runningApplications() const override;
+    std::optional<RunningApplication> runningApplication(ProcessId process) const override;
+    std::optional<RunningApplication> frontmostApplication() const override;
+    Registration observeDidActivateApplication(
+        std::function<void(const RunningApplication&)> handler) override;
+    bool canLaunchApplication(const std::string& bundleIdentifier) const override;
+    void launchApplication(const std::string& bundleIdentifier,
+                           LaunchCompletion completion) override;
+    bool activate(ProcessId process) override;
+    bool hide(ProcessId process) override;
+
+    Point mouseLocation() const override;
+
+    Registration addGlobalMonitor(EventTypeMask mask, EventHandler handler) override;
+    Registration addLocalMonitor(EventTypeMask mask, EventHandler handler) override;
+
+private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/clock.h"
+#include "foundation/geometry.h"
+#include "platform/applications.h"
+#include "platform/screen.h"
+#include "platform/window_list.h"
+
+namespace corvetta {
+
+// What a simulated desktop starts from: the contents of a desktop file, or what a test builds.
+
+struct SimulatedDisplay {
+    ScreenNumber id = 0;
+    std::string name;
+    // Screen space (bottom-left origin of the first display, y upward).
+    Rect frame;
+    // The frame without the menu bar and, while it shows, the Dock.
+    Rect visibleFrame;
+    double scale = 1;
+    bool builtin = false;
+};
+
+// How a simulated application's window takes the frames it is given. The defaults are a window
+// that takes any frame at once.
+struct SimulatedWindow {
+    WindowNumber number = 0;
+    std::string title;
+    // Accessibility space (top-left origin of the first display, y downward).
+    Rect frame;
+    // Sizes below are raised to it, as applications enforce their minimum size.
+    std::optional<Size> minSize;
+    std::optional<Size> maxSize;
+    // Sizes are taken in whole steps above minSize (or zero), rounding down, like a terminal
+    // that sizes itself in character cells.
+    std::optional<Size> resizeIncrements;
+    // Position and size writes take effect only after this long; reads report the old frame
+    // until then.
+    Duration applyDelay{0};
+    // A window that refuses to move accepts the position write and stays where it is; one that
+    // refuses to resize does the same for its size.
+    bool movable = true;
+    bool resizable = true;
+    bool fullScreen = false;
+    bool minimized = false;
+    int layer = 0;
+    std::string subrole = "AXStandardWindow";
+};
+
+struct SimulatedApplication {
+    ProcessId pid = 0;
+    std::optional<std::string> bundleIdentifier;
+    std::string name;
+    ActivationPolicy activationPolicy = ActivationPolicy::regular;
+    bool hidden = false;
+    // Every accessibility call on the application and its windows fails with cannotComplete,
+    // as with an application that hangs.
+    bool unresponsive = false;
+    // Front to back; the first is the focused window.
+    std::vector<SimulatedWindow> windows;
+};
+
+enum class DockEdge { bottom, left, right };
+
+// A Dock on one display. While it shows, the display's visible frame is the one given for the
+// display; while hidden, that visible frame grows by `size` on the Dock's edge.
+struct SimulatedDock {
+    ScreenNumber display = 0;
+    DockEdge edge = DockEdge::bottom;
+    double size = 0;
+    bool hidden = false;
+    // Hides while a window on its display overlaps it and shows again once none does, as docks
+    // with "intelligent hiding" behave.
+    bool intellihide = false;
+};
+
+struct SimulatedDesktopSpec {
+    std::vector<SimulatedDisplay> displays;
+    std::vector<SimulatedApplication> applications;
+    std::optional<ProcessId> frontmost;
+    std::optional<SimulatedDock> dock;
+    bool accessibilityTrusted = true;
+    // Screen space.
+    Point mouseLocation;
+    // Applications that are installed but not running; launching one starts it with its windows.
+    std::vector<SimulatedApplication> installed;
+    // This program as the simulated workspace sees it: an accessory application without windows.
+    SimulatedApplication self{
+        1, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false, false, {}};
+};
+
+}  // namespace corvetta

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "diagnostics/deferred_logger.h"
+#include "foundation/expected.h"
+#include "foundation/main_queue.h"
+#include "windowing/accessibility_element.h"
+#include "windowing/screen_detection_service.h"
+#include "windowing/window_calculation_service.h"
+
+namespace corvetta {
+
+enum class WindowMoveError {
+    failedToGetWindowInfo,
+    windowIsFullscreen,
+    failedToSetPosition,
+    verificationFailed,
+    noTargetScreen,
+    invalidWindow,
+};
+
+// "Failed to get window information", ...
+std::string_view description(WindowMoveError error);
+
+struct WindowMoveRequest {
+    AXElement window;
+    // Screen space.
+    Rect targetFrame;
+    // The display the frame was computed on; else the one holding the window, else the main one.
+    std::optional<Screen> targetScreen;
+    // Whether the target rests on the bottom of the visible frame: such a move follows a Dock that
+    // appears or disappears during it, and is verified more loosely in y.
+    bool isBottomAligned = false;
+    // At least 1.
+    int maxAttempts = 1;
+    // The action the frame came from, to recalculate it when the Dock changes the visible frame.
+    std::optional<WindowDirection> action;
+    // The gap the caller inset the frame by (see layout_gap.h), applied again to a recalculation.
+    double layoutSpacing = 0;
+};
+
+// Where the window ended up.
+struct WindowMoveOutcome {
+    Rect frame;
+    int attempts = 0;
+};
+
+using WindowMoveResult = Expected<WindowMoveOutcome, WindowMoveError>;
+using WindowMoveCompletion = std::function<void(const WindowMoveResult&)>;
+
+// Applies a frame to a window, checks that the window went there, and retries with growing waits.
+// A move is a chain of main-queue work; nothing blocks between attempts.
+class WindowMover {
+public:
+    WindowMover(AccessibilityElement& accessibilityElement,
+                WindowCalculationService& calculationService,
+                ScreenDetectionService& screenDetection, ScreenPort& screens, MainQueue& queue,
+                LoggingService& logging);
+    // Moves still waiting for their next attempt are dropped without completing.
+    ~WindowMover();
+    WindowMover(const WindowMover&) = delete;
+    WindowMover& operator=(const WindowMover&) = delete;
+
+    // The first attempt runs before this returns; the completion runs once, on the main queue,
+    // after the last attempt.
+    void moveWindow(WindowMoveRequest request, WindowMoveCompletion completion = {});
+
+private:
+    struct Move;
+    void attempt(std::shared_ptr<Move> move, int number);
+
+    AccessibilityElement& accessibilityElement_;
+    WindowCalculationService& calculationService_;
+    ScreenDetectionService& screenDetection_;
+    ScreenPort& screens_;
+    MainQueue& queue_;
+    DeferredLogger logger_;
+    std::shared_ptr<bool> alive_;
+};
+
+}  // namespace corvetta
