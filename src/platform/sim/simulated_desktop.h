@@ -46,6 +46,9 @@ public:
     void addApplication(SimulatedApplication application);
     // The application and its windows go away; its elements turn invalid.
     void quitApplication(ProcessId pid);
+    // An application that stops answering fails every accessibility call with cannotComplete,
+    // until it answers again.
+    void setApplicationUnresponsive(ProcessId pid, bool unresponsive);
     // Adds the window in front of the application's others.
     void addWindow(ProcessId pid, SimulatedWindow window);
     void closeWindow(WindowNumber number);

@@ -16,11 +16,11 @@ namespace corvetta {
 
 struct SimulatedDisplay {
     ScreenNumber id = 0;
-    std::string name;
+    std::string name{};
     // Screen space (bottom-left origin of the first display, y upward).
-    Rect frame;
+    Rect frame{};
     // The frame without the menu bar and, while it shows, the Dock.
-    Rect visibleFrame;
+    Rect visibleFrame{};
     double scale = 1;
     bool builtin = false;
 };
@@ -29,15 +29,15 @@ struct SimulatedDisplay {
 // that takes any frame at once.
 struct SimulatedWindow {
     WindowNumber number = 0;
-    std::string title;
+    std::string title{};
     // Accessibility space (top-left origin of the first display, y downward).
-    Rect frame;
+    Rect frame{};
     // Sizes below are raised to it, as applications enforce their minimum size.
-    std::optional<Size> minSize;
-    std::optional<Size> maxSize;
+    std::optional<Size> minSize{};
+    std::optional<Size> maxSize{};
     // Sizes are taken in whole steps above minSize (or zero), rounding down, like a terminal
     // that sizes itself in character cells.
-    std::optional<Size> resizeIncrements;
+    std::optional<Size> resizeIncrements{};
     // Position and size writes take effect only after this long; reads report the old frame
     // until then.
     Duration applyDelay{0};
@@ -53,15 +53,15 @@ struct SimulatedWindow {
 
 struct SimulatedApplication {
     ProcessId pid = 0;
-    std::optional<std::string> bundleIdentifier;
-    std::string name;
+    std::optional<std::string> bundleIdentifier{};
+    std::string name{};
     ActivationPolicy activationPolicy = ActivationPolicy::regular;
     bool hidden = false;
     // Every accessibility call on the application and its windows fails with cannotComplete,
     // as with an application that hangs.
     bool unresponsive = false;
     // Front to back; the first is the focused window.
-    std::vector<SimulatedWindow> windows;
+    std::vector<SimulatedWindow> windows{};
 };
 
 enum class DockEdge { bottom, left, right };

@@ -1,0 +1,36 @@
+// Desktop files are written by hand, so any text must either give a desktop or a refusal that
+// names its place; and whatever desktop a file describes must start and answer its ports.
+
+#include <cstdint>
+#include <string_view>
+
+#include "foundation/manual_queue.h"
+#include "platform/sim/simulated_desktop.h"
+#include "platform/sim/simulated_desktop_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace corvetta;
+    const auto spec =
+        parseSimulatedDesktop(std::string_view(reinterpret_cast<const char*>(data), size));
+    if (!spec) {
+        (void)spec.error().message();
+        return 0;
+    }
+    ManualClock clock;
+    ManualQueue queue(clock);
+    SimulatedDesktop desktop(*spec, queue);
+    auto& ax = desktop.accessibilityPort();
+    for (const auto& entry : desktop.windowListPort().onScreenWindows()) {
+        const AXElement window(entry.ownerPid, entry.number);
+        (void)ax.copyAttributeValue(window, "AXPosition");
+        (void)ax.setAttributeValue(window, "AXSize", Size{1e6, 1});
+        (void)ax.setAttributeValue(window, "AXFullScreen", true);
+    }
+    for (const auto& app : desktop.applicationsPort().runningApplications()) {
+        (void)ax.copyAttributeValue(ax.applicationElement(app.processIdentifier), "AXWindows");
+        desktop.applicationsPort().activate(app.processIdentifier);
+    }
+    desktop.setDockHidden(true);
+    queue.advance(std::chrono::hours(25));
+    return 0;
+}

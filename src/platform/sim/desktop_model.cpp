@@ -1,0 +1,480 @@
+#include "platform/sim/desktop_model.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace corvetta::sim {
+
+namespace {
+
+// Sizes as applications enforce them: the limits first, then whole steps above the minimum,
+// rounding down so the step never takes the window below its minimum or above its maximum.
+Size takenSize(const SimulatedWindow& window, Size requested) {
+    Size size = requested;
+    if (window.maxSize) {
+        size.width = std::min(size.width, window.maxSize->width);
+        size.height = std::min(size.height, window.maxSize->height);
+    }
+    const Size floorSize = window.minSize.value_or(Size{0, 0});
+    size.width = std::max(size.width, floorSize.width);
+    size.height = std::max(size.height, floorSize.height);
+    if (window.resizeIncrements) {
+        const auto step = [](double value, double base, double increment) {
+            return increment > 0 ? base + std::floor((value - base) / increment) * increment
+                                 : value;
+        };
+        size.width = step(size.width, floorSize.width, window.resizeIncrements->width);
+        size.height = step(size.height, floorSize.height, window.resizeIncrements->height);
+    }
+    return size;
+}
+
+const SimulatedApplication* withBundleIdentifier(const std::vector<SimulatedApplication>& apps,
+                                                 const std::string& bundleIdentifier) {
+    const auto found = std::find_if(apps.begin(), apps.end(), [&](const SimulatedApplication& a) {
+        return a.bundleIdentifier == bundleIdentifier;
+    });
+    return found == apps.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+DesktopModel::DesktopModel(SimulatedDesktopSpec spec, MainQueue& queue)
+    : queue_(queue),
+      displays_(std::move(spec.displays)),
+      dock_(spec.dock),
+      applications_(std::move(spec.applications)),
+      installed_(std::move(spec.installed)),
+      selfPid_(spec.self.pid),
+      trusted_(spec.accessibilityTrusted),
+      mouseLocation_(spec.mouseLocation) {
+    if (application(selfPid_) == nullptr) {
+        applications_.push_back(std::move(spec.self));
+    }
+    if (spec.frontmost && application(*spec.frontmost) != nullptr) {
+        frontmost_ = spec.frontmost;
+    }
+    // The front application's windows lie on top, the others follow in the order given.
+    for (const auto& app : applications_) {
+        for (const auto& window : app.windows) {
+            stack_.push_back(window.number);
+            histories_[window.number] = {};
+        }
+    }
+    if (frontmost_) {
+        bringApplicationToFront(*frontmost_);
+    }
+    screens_.setScreens(currentScreens());
+    windowsChanged();
+}
+
+SimulatedApplication* DesktopModel::application(ProcessId pid) {
+    const auto found = std::find_if(applications_.begin(), applications_.end(),
+                                    [&](const SimulatedApplication& a) { return a.pid == pid; });
+    return found == applications_.end() ? nullptr : &*found;
+}
+
+const SimulatedApplication* DesktopModel::application(ProcessId pid) const {
+    return const_cast<DesktopModel*>(this)->application(pid);
+}
+
+const SimulatedApplication* DesktopModel::installedApplication(
+    const std::string& bundleIdentifier) const {
+    return withBundleIdentifier(installed_, bundleIdentifier);
+}
+
+const SimulatedApplication* DesktopModel::runningApplication(
+    const std::string& bundleIdentifier) const {
+    return withBundleIdentifier(applications_, bundleIdentifier);
+}
+
+SimulatedWindow* DesktopModel::window(WindowNumber number) {
+    for (auto& app : applications_) {
+        for (auto& window : app.windows) {
+            if (window.number == number) {
+                return &window;
+            }
+        }
+    }
+    return nullptr;
+}
+
+const SimulatedWindow* DesktopModel::window(WindowNumber number) const {
+    return const_cast<DesktopModel*>(this)->window(number);
+}
+
+std::optional<ProcessId> DesktopModel::ownerOf(WindowNumber number) const {
+    for (const auto& app : applications_) {
+        for (const auto& window : app.windows) {
+            if (window.number == number) {
+                return app.pid;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+int DesktopModel::frameWriteCount(WindowNumber number) const {
+    const auto found = histories_.find(number);
+    return found == histories_.end() ? 0 : found->second.frameWrites;
+}
+
+const SimulatedWindow* DesktopModel::focusedWindow(ProcessId pid) const {
+    const auto* app = application(pid);
+    if (app == nullptr) {
+        return nullptr;
+    }
+    const auto found = std::find_if(app->windows.begin(), app->windows.end(),
+                                    [](const SimulatedWindow& w) { return !w.minimized; });
+    return found == app->windows.end() ? nullptr : &*found;
+}
+
+std::vector<const SimulatedWindow*> DesktopModel::onScreenWindows() const {
+    std::vector<const SimulatedWindow*> result;
+    for (const auto number : stack_) {
+        const auto owner = ownerOf(number);
+        const auto* window = this->window(number);
+        if (owner && window != nullptr && !application(*owner)->hidden && !window->minimized) {
+            result.push_back(window);
+        }
+    }
+    return result;
+}
+
+void DesktopModel::addApplication(SimulatedApplication app) {
+    if (application(app.pid) != nullptr) {
+        throw std::invalid_argument("pid " + std::to_string(app.pid) + " is already running");
+    }
+    for (const auto& window : app.windows) {
+        if (window.number == 0 || ownerOf(window.number)) {
+            throw std::invalid_argument("window number " + std::to_string(window.number) +
+                                        " is not free");
+        }
+    }
+    // A started application lies behind everything until it is activated.
+    for (const auto& window : app.windows) {
+        stack_.push_back(window.number);
+        histories_[window.number] = {};
+    }
+    applications_.push_back(std::move(app));
+    windowsChanged();
+}
+
+void DesktopModel::quitApplication(ProcessId pid) {
+    auto* app = application(pid);
+    if (app == nullptr || pid == selfPid_) {
+        return;
+    }
+    for (const auto& window : app->windows) {
+        removeFromStack(window.number);
+        histories_.erase(window.number);
+    }
+    std::erase_if(applications_, [&](const SimulatedApplication& a) { return a.pid == pid; });
+    if (frontmost_ == pid) {
+        frontNextApplication(pid);
+    }
+    windowsChanged();
+}
+
+void DesktopModel::addWindow(ProcessId pid, SimulatedWindow window) {
+    auto* app = application(pid);
+    if (app == nullptr) {
+        throw std::invalid_argument("no application with pid " + std::to_string(pid));
+    }
+    if (window.number == 0 || ownerOf(window.number)) {
+        throw std::invalid_argument("window number " + std::to_string(window.number) +
+                                    " is not free");
+    }
+    // In front of the application's other windows; in front of everything when the application
+    // is in front or had no window yet.
+    const auto firstOfApp = std::find_if(stack_.begin(), stack_.end(),
+                                         [&](WindowNumber n) { return ownerOf(n) == pid; });
+    const bool onTop = frontmost_ == pid || firstOfApp == stack_.end();
+    stack_.insert(onTop ? stack_.begin() : firstOfApp, window.number);
+    histories_[window.number] = {};
+    app->windows.insert(app->windows.begin(), std::move(window));
+    windowsChanged();
+}
+
+void DesktopModel::closeWindow(WindowNumber number) {
+    const auto owner = ownerOf(number);
+    if (!owner) {
+        return;
+    }
+    std::erase_if(application(*owner)->windows,
+                  [&](const SimulatedWindow& w) { return w.number == number; });
+    removeFromStack(number);
+    histories_.erase(number);
+    windowsChanged();
+}
+
+void DesktopModel::setUnresponsive(ProcessId pid, bool unresponsive) {
+    if (auto* app = application(pid)) {
+        app->unresponsive = unresponsive;
+    }
+}
+
+void DesktopModel::writePosition(WindowNumber number, Point position) {
+    ++history(number).frameWrites;
+    applyWhenWindowIsReady(
+        number, [number, position](DesktopModel& m) { m.applyPosition(number, position); });
+}
+
+void DesktopModel::writeSize(WindowNumber number, Size size) {
+    ++history(number).frameWrites;
+    applyWhenWindowIsReady(number, [number, size](DesktopModel& m) { m.applySize(number, size); });
+}
+
+void DesktopModel::applyWhenWindowIsReady(WindowNumber number,
+                                          std::function<void(DesktopModel&)> change) {
+    const auto* window = this->window(number);
+    if (window == nullptr) {
+        return;
+    }
+    if (window->applyDelay <= Duration::zero()) {
+        change(*this);
+        return;
+    }
+    // The desktop may be gone by the time the window gets to it.
+    std::weak_ptr<DesktopModel> weak = weak_from_this();
+    queue_.postDelayed(window->applyDelay, [weak, change = std::move(change)] {
+        if (const auto model = weak.lock()) {
+            change(*model);
+        }
+    });
+}
+
+// The window's rules are read when it takes the write, as an application applies them then.
+void DesktopModel::applyPosition(WindowNumber number, Point position) {
+    auto* window = this->window(number);
+    if (window == nullptr || window->fullScreen || !window->movable) {
+        return;
+    }
+    window->frame.origin = position;
+    windowsChanged();
+}
+
+void DesktopModel::applySize(WindowNumber number, Size size) {
+    auto* window = this->window(number);
+    if (window == nullptr || window->fullScreen || !window->resizable) {
+        return;
+    }
+    window->frame.size = takenSize(*window, size);
+    windowsChanged();
+}
+
+void DesktopModel::setFullScreen(WindowNumber number, bool fullScreen) {
+    auto* window = this->window(number);
+    if (window == nullptr || window->fullScreen == fullScreen) {
+        return;
+    }
+    auto& history = this->history(number);
+    if (fullScreen) {
+        history.frameBeforeFullScreen = window->frame;
+        const auto display = displayOf(window->frame);
+        if (display) {
+            window->frame = toAccessibilitySpace(display->frame);
+        } else if (!displays_.empty()) {
+            window->frame = toAccessibilitySpace(displays_.front().frame);
+        }
+    } else if (history.frameBeforeFullScreen) {
+        window->frame = *history.frameBeforeFullScreen;
+        history.frameBeforeFullScreen.reset();
+    }
+    window->fullScreen = fullScreen;
+    windowsChanged();
+}
+
+void DesktopModel::setMinimized(WindowNumber number, bool minimized) {
+    auto* window = this->window(number);
+    if (window == nullptr || window->minimized == minimized) {
+        return;
+    }
+    window->minimized = minimized;
+    if (!minimized) {
+        raise(number);
+    }
+    windowsChanged();
+}
+
+void DesktopModel::editWindow(WindowNumber number,
+                              const std::function<void(SimulatedWindow&)>& edit) {
+    auto* window = this->window(number);
+    if (window == nullptr) {
+        return;
+    }
+    SimulatedWindow edited = *window;
+    edit(edited);
+    edited.number = window->number;
+    edited.frame = window->frame;
+    edited.fullScreen = window->fullScreen;
+    edited.minimized = window->minimized;
+    *window = std::move(edited);
+    windowsChanged();
+}
+
+void DesktopModel::raise(WindowNumber number) {
+    if (!ownerOf(number)) {
+        return;
+    }
+    moveToFrontOfApplication(number);
+    removeFromStack(number);
+    stack_.insert(stack_.begin(), number);
+    windowsChanged();
+}
+
+bool DesktopModel::activate(ProcessId pid) {
+    auto* app = application(pid);
+    if (app == nullptr || app->activationPolicy == ActivationPolicy::prohibited) {
+        return false;
+    }
+    app->hidden = false;
+    bringApplicationToFront(pid);
+    windowsChanged();
+    setFrontmost(pid);
+    return true;
+}
+
+bool DesktopModel::hide(ProcessId pid) {
+    auto* app = application(pid);
+    if (app == nullptr) {
+        return false;
+    }
+    app->hidden = true;
+    if (frontmost_ == pid) {
+        frontNextApplication(pid);
+    }
+    windowsChanged();
+    return true;
+}
+
+void DesktopModel::activateSelf() {
+    if (auto* self = application(selfPid_)) {
+        self->hidden = false;
+        windowsChanged();
+        setFrontmost(selfPid_);
+    }
+}
+
+Registration DesktopModel::observeActivation(
+    std::function<void(const RunningApplication&)> handler) {
+    const auto id = activationObservers_.add(std::move(handler));
+    return undoWhileAlive(
+        [id](DesktopModel& model) { model.activationObservers_.handlers.erase(id); });
+}
+
+void DesktopModel::launch(const std::string& bundleIdentifier, LaunchCompletion completion) {
+    std::weak_ptr<DesktopModel> weak = weak_from_this();
+    queue_.post([weak, bundleIdentifier, completion = std::move(completion)] {
+        const auto model = weak.lock();
+        if (!model) {
+            return;
+        }
+        const auto* running = model->runningApplication(bundleIdentifier);
+        if (running == nullptr) {
+            const auto* installed = model->installedApplication(bundleIdentifier);
+            if (installed == nullptr) {
+                completion(unexpected(
+                    LaunchError{LaunchError::Kind::notFound,
+                                "No application with bundle identifier " + bundleIdentifier}));
+                return;
+            }
+            try {
+                model->addApplication(*installed);
+            } catch (const std::invalid_argument& error) {
+                completion(unexpected(LaunchError{LaunchError::Kind::failed, error.what()}));
+                return;
+            }
+            running = model->runningApplication(bundleIdentifier);
+        }
+        const auto pid = running->pid;
+        model->activate(pid);
+        completion(model->describe(*model->application(pid)));
+    });
+}
+
+Registration DesktopModel::addMonitor(EventMonitor monitor) {
+    const auto id = monitors_.add(std::move(monitor));
+    return undoWhileAlive([id](DesktopModel& model) { model.monitors_.handlers.erase(id); });
+}
+
+Registration DesktopModel::undoWhileAlive(std::function<void(DesktopModel&)> undo) {
+    std::weak_ptr<DesktopModel> weak = weak_from_this();
+    return Registration([weak, undo = std::move(undo)] {
+        if (const auto model = weak.lock()) {
+            undo(*model);
+        }
+    });
+}
+
+void DesktopModel::postEvent(const InputEvent& event, bool toThisApplication) {
+    const bool isKeyEvent = event.type == EventType::keyDown || event.type == EventType::keyUp ||
+                            event.type == EventType::flagsChanged;
+    if (!isKeyEvent) {
+        // Mouse events happen where the pointer is.
+        mouseLocation_ = event.location;
+    }
+    monitors_.forEach([&](const EventMonitor& monitor) {
+        if (monitor.local == toThisApplication && (monitor.mask & eventMask(event.type)) != 0) {
+            monitor.handler(event);
+        }
+    });
+}
+
+RunningApplication DesktopModel::describe(const SimulatedApplication& app) const {
+    return RunningApplication{app.pid, app.bundleIdentifier, app.name, app.activationPolicy,
+                              app.hidden};
+}
+
+void DesktopModel::bringApplicationToFront(ProcessId pid) {
+    const auto* app = application(pid);
+    if (app == nullptr) {
+        return;
+    }
+    std::vector<WindowNumber> front;
+    for (const auto& window : app->windows) {
+        front.push_back(window.number);
+        removeFromStack(window.number);
+    }
+    stack_.insert(stack_.begin(), front.begin(), front.end());
+}
+
+void DesktopModel::moveToFrontOfApplication(WindowNumber number) {
+    const auto owner = ownerOf(number);
+    if (!owner) {
+        return;
+    }
+    auto& windows = application(*owner)->windows;
+    const auto found = std::find_if(windows.begin(), windows.end(),
+                                    [&](const SimulatedWindow& w) { return w.number == number; });
+    std::rotate(windows.begin(), found, found + 1);
+}
+
+void DesktopModel::removeFromStack(WindowNumber number) {
+    std::erase(stack_, number);
+}
+
+void DesktopModel::frontNextApplication(ProcessId leaving) {
+    for (const auto* window : onScreenWindows()) {
+        const auto owner = ownerOf(window->number);
+        const auto* app = application(*owner);
+        if (*owner != leaving && app->activationPolicy == ActivationPolicy::regular) {
+            setFrontmost(*owner);
+            return;
+        }
+    }
+    frontmost_.reset();
+}
+
+void DesktopModel::setFrontmost(ProcessId pid) {
+    if (frontmost_ == pid) {
+        return;
+    }
+    frontmost_ = pid;
+    windowsChanged();
+    const auto activated = describe(*application(pid));
+    activationObservers_.forEach([&](const auto& handler) { handler(activated); });
+}
+
+}  // namespace corvetta::sim

@@ -1,0 +1,171 @@
+#pragma once
+
+// The simulated desktop's world: displays, the Dock, running applications with their windows, the
+// stacking order and the front application. SimulatedDesktop translates the ports onto it; this
+// header is private to the simulated-desktop library.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "foundation/main_queue.h"
+#include "platform/in_memory_screens.h"
+#include "platform/input_events.h"
+#include "platform/sim/simulated_desktop_spec.h"
+
+namespace corvetta::sim {
+
+// What a window has beyond its description: how it got where it is.
+struct WindowHistory {
+    int frameWrites = 0;
+    // Where the window was before it went full screen, to go back there when it leaves.
+    std::optional<Rect> frameBeforeFullScreen;
+};
+
+// Handlers keyed by registration, called from a copy so a handler may drop registrations.
+template <class Handler>
+struct HandlerList {
+    std::map<std::uint64_t, Handler> handlers;
+    std::uint64_t nextId = 1;
+
+    std::uint64_t add(Handler handler) {
+        handlers.emplace(nextId, std::move(handler));
+        return nextId++;
+    }
+    template <class Call>
+    void forEach(Call&& call) {
+        const auto snapshot = handlers;
+        for (const auto& [id, handler] : snapshot) {
+            if (handlers.count(id) > 0) {
+                call(handler);
+            }
+        }
+    }
+};
+
+struct EventMonitor {
+    EventTypeMask mask = 0;
+    bool local = false;
+    EventHandler handler;
+};
+
+class DesktopModel : public std::enable_shared_from_this<DesktopModel> {
+public:
+    DesktopModel(SimulatedDesktopSpec spec, MainQueue& queue);
+    virtual ~DesktopModel() = default;
+    DesktopModel(const DesktopModel&) = delete;
+    DesktopModel& operator=(const DesktopModel&) = delete;
+
+    // Applications and windows.
+
+    SimulatedApplication* application(ProcessId pid);
+    const SimulatedApplication* application(ProcessId pid) const;
+    const std::vector<SimulatedApplication>& applications() const { return applications_; }
+    const SimulatedApplication* installedApplication(const std::string& bundleIdentifier) const;
+    const SimulatedApplication* runningApplication(const std::string& bundleIdentifier) const;
+    ProcessId selfPid() const { return selfPid_; }
+
+    SimulatedWindow* window(WindowNumber number);
+    const SimulatedWindow* window(WindowNumber number) const;
+    std::optional<ProcessId> ownerOf(WindowNumber number) const;
+    WindowHistory& history(WindowNumber number) { return histories_[number]; }
+    int frameWriteCount(WindowNumber number) const;
+    // The first window of the application that is not minimized.
+    const SimulatedWindow* focusedWindow(ProcessId pid) const;
+    // On-screen windows, front to back, across all applications.
+    std::vector<const SimulatedWindow*> onScreenWindows() const;
+
+    // Throws std::invalid_argument for a pid or window number already in use.
+    void addApplication(SimulatedApplication application);
+    void quitApplication(ProcessId pid);
+    // Throws std::invalid_argument for an unknown application or a number already in use.
+    void addWindow(ProcessId pid, SimulatedWindow window);
+    void closeWindow(WindowNumber number);
+    void setUnresponsive(ProcessId pid, bool unresponsive);
+
+    // Frames, in accessibility space. Both go through the window's rules (movable, resizable,
+    // size limits, delay, full screen) and count as writes.
+    void writePosition(WindowNumber number, Point position);
+    void writeSize(WindowNumber number, Size size);
+    void setFullScreen(WindowNumber number, bool fullScreen);
+    void setMinimized(WindowNumber number, bool minimized);
+    // Keeps the number, frame and full-screen and minimized states.
+    void editWindow(WindowNumber number, const std::function<void(SimulatedWindow&)>& edit);
+
+    // Stacking and activation.
+
+    // The window goes in front of its application's others and of every other window.
+    void raise(WindowNumber number);
+    std::optional<ProcessId> frontmost() const { return frontmost_; }
+    // false for an application that is not running or may not come to the front.
+    bool activate(ProcessId pid);
+    bool hide(ProcessId pid);
+    void activateSelf();
+    // The registrations may outlive the model.
+    Registration observeActivation(std::function<void(const RunningApplication&)> handler);
+    // Starts an installed application (or fronts the running copy) on the next queue turn.
+    void launch(const std::string& bundleIdentifier, LaunchCompletion completion);
+
+    // Displays and the Dock.
+
+    InMemoryScreens& screens() { return screens_; }
+    void setDisplays(std::vector<SimulatedDisplay> displays);
+    void setDockHidden(bool hidden);
+    bool dockHidden() const { return dock_ && dock_->hidden; }
+
+    // Trust, pointer, events.
+
+    bool trusted() const { return trusted_; }
+    void setTrusted(bool trusted) { trusted_ = trusted; }
+    Point mouseLocation() const { return mouseLocation_; }
+    void setMouseLocation(Point location) { mouseLocation_ = location; }
+    Registration addMonitor(EventMonitor monitor);
+    void postEvent(const InputEvent& event, bool toThisApplication);
+
+    RunningApplication describe(const SimulatedApplication& application) const;
+
+private:
+    void applyPosition(WindowNumber number, Point position);
+    void applySize(WindowNumber number, Size size);
+    // Runs the change now or, for a window that takes frames late, after its delay.
+    void applyWhenWindowIsReady(WindowNumber number, std::function<void(DesktopModel&)> change);
+    // Undoes a registration for as long as the model lives.
+    Registration undoWhileAlive(std::function<void(DesktopModel&)> undo);
+    void bringStrandedWindowsBack();
+    void bringApplicationToFront(ProcessId pid);
+    void moveToFrontOfApplication(WindowNumber number);
+    void removeFromStack(WindowNumber number);
+    // After a change to what is on screen: the Dock's intelligent hiding and the main display.
+    void windowsChanged();
+    // The application whose window is frontmost on screen, for when the front one goes away.
+    void frontNextApplication(ProcessId leaving);
+    // Announces the change to the activation observers.
+    void setFrontmost(ProcessId pid);
+    void publishScreens(bool announceEvenIfUnchanged);
+    std::vector<Screen> currentScreens() const;
+    std::optional<SimulatedDisplay> displayOf(const Rect& axFrame) const;
+    Rect toScreenSpace(const Rect& axFrame) const;
+    Rect toAccessibilitySpace(const Rect& screenFrame) const;
+
+    MainQueue& queue_;
+    std::vector<SimulatedDisplay> displays_;
+    std::optional<SimulatedDock> dock_;
+    InMemoryScreens screens_;
+    // Running applications, this program included.
+    std::vector<SimulatedApplication> applications_;
+    std::vector<SimulatedApplication> installed_;
+    ProcessId selfPid_ = 0;
+    // Every window number, front to back.
+    std::vector<WindowNumber> stack_;
+    std::map<WindowNumber, WindowHistory> histories_;
+    std::optional<ProcessId> frontmost_;
+    bool trusted_ = true;
+    Point mouseLocation_;
+    HandlerList<std::function<void(const RunningApplication&)>> activationObservers_;
+    HandlerList<EventMonitor> monitors_;
+};
+
+}  // namespace corvetta::sim

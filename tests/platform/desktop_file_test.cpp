@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include "foundation/json.h"
+#include "foundation/manual_queue.h"
+#include "platform/sim/simulated_desktop.h"
+#include "platform/sim/simulated_desktop_file.h"
+#include "support/temporary_folder.h"
+
+namespace corvetta {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* kExample = R"({
+  "displays": [{"id": 1, "name": "Built-in", "frame": [0, 0, 1440, 900],
+                "visibleFrame": [0, 0, 1440, 875], "scale": 2, "builtin": true}],
+  "applications": [{"pid": 101, "bundleIdentifier": "com.example.editor", "name": "Editor",
+                    "windows": [{"number": 11, "title": "main.cpp",
+                                 "frame": [100, 100, 800, 600], "minSize": [300, 200]}]}],
+  "frontmost": 101})";
+
+Json example() {
+    return Json::parse(kExample);
+}
+
+TEST(DesktopFileTest, TheDocumentedExampleLoadsWithItsDefaults) {
+    const auto spec = parseSimulatedDesktop(kExample);
+    ASSERT_TRUE(spec.has_value()) << spec.error().message();
+    ASSERT_EQ(spec->displays.size(), 1u);
+    EXPECT_EQ(spec->displays[0].visibleFrame, Rect(0, 0, 1440, 875));
+    EXPECT_EQ(spec->displays[0].scale, 2);
+    EXPECT_TRUE(spec->displays[0].builtin);
+    ASSERT_EQ(spec->applications.size(), 1u);
+    const auto& window = spec->applications[0].windows.at(0);
+    EXPECT_EQ(window.frame, Rect(100, 100, 800, 600));
+    EXPECT_EQ(window.minSize, (Size{300, 200}));
+    EXPECT_TRUE(window.movable && window.resizable && !window.minimized);
+    EXPECT_EQ(window.subrole, "AXStandardWindow");
+    EXPECT_EQ(spec->frontmost, 101);
+    EXPECT_TRUE(spec->accessibilityTrusted);
+    EXPECT_FALSE(spec->dock.has_value());
+    EXPECT_EQ(spec->self.bundleIdentifier, "com.corvetta.Corvetta");
+
+    auto bare = example();
+    bare["displays"][0] = Json{{"id", 4}, {"frame", {0, 0, 800, 600}}};
+    const auto defaults = parseSimulatedDesktop(bare.dump());
+    ASSERT_TRUE(defaults.has_value()) << defaults.error().message();
+    EXPECT_EQ(defaults->displays[0].name, "Display 4");
+    EXPECT_EQ(defaults->displays[0].visibleFrame, Rect(0, 0, 800, 600));
+    EXPECT_EQ(defaults->displays[0].scale, 1);
+}
+
+TEST(DesktopFileTest, EveryExtensionIsRead) {
+    auto document = example();
+    auto& window = document["applications"][0]["windows"][0];
+    window["maxSize"] = {1000, 900};
+    window["resizeIncrements"] = {7, 14};
+    window["applyDelayMs"] = 250;
+    window["movable"] = false;
+    window["resizable"] = false;
+    window["minimized"] = true;
+    window["layer"] = 3;
+    window["subrole"] = "AXDialog";
+    auto& app = document["applications"][0];
+    app["activationPolicy"] = "accessory";
+    app["hidden"] = true;
+    app["unresponsive"] = true;
+    document["dock"] = {{"display", 1}, {"edge", "left"}, {"size", 60}, {"intellihide", true}};
+    document["accessibilityTrusted"] = false;
+    document["mouseLocation"] = {10, 20};
+    document["installed"] = Json::parse(
+        R"([{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser"}])");
+    document["self"] = {{"pid", 7}};
+
+    const auto spec = parseSimulatedDesktop(document.dump());
+    ASSERT_TRUE(spec.has_value()) << spec.error().message();
+    const auto& w = spec->applications[0].windows[0];
+    EXPECT_EQ(w.maxSize, (Size{1000, 900}));
+    EXPECT_EQ(w.resizeIncrements, (Size{7, 14}));
+    EXPECT_EQ(w.applyDelay, 250ms);
+    EXPECT_TRUE(!w.movable && !w.resizable && w.minimized && w.layer == 3);
+    EXPECT_EQ(w.subrole, "AXDialog");
+    const auto& a = spec->applications[0];
+    EXPECT_TRUE(a.activationPolicy == ActivationPolicy::accessory && a.hidden && a.unresponsive);
+    ASSERT_TRUE(spec->dock.has_value());
+    EXPECT_TRUE(spec->dock->edge == DockEdge::left && spec->dock->size == 60 &&
+                spec->dock->intellihide && !spec->dock->hidden);
+    EXPECT_FALSE(spec->accessibilityTrusted);
+    EXPECT_EQ(spec->mouseLocation, (Point{10, 20}));
+    EXPECT_EQ(spec->installed.at(0).name, "Browser");
+    // This program's entry keeps what the file leaves out.
+    EXPECT_EQ(spec->self.pid, 7);
+    EXPECT_EQ(spec->self.name, "Corvetta");
+    EXPECT_EQ(spec->self.activationPolicy, ActivationPolicy::accessory);
+}
+
+TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
+    struct Row {
+        std::function<void(Json&)> edit;
+        std::string place;
+        std::string problem;
+    };
+    const auto window = [](Json& d) -> Json& { return d["applications"][0]["windows"][0]; };
+    const auto secondApp = [](Json& d) -> Json& {
+        d["applications"].push_back({{"pid", 202}, {"name", "Terminal"}});
+        return d["applications"][1];
+    };
+    const std::vector<Row> rows = {
+        {[](Json& d) { d.erase("displays"); }, "displays", "expected at least one display"},
+        {[](Json& d) { d["displays"] = Json::array(); }, "displays",
+         "expected at least one display"},
+        {[&](Json& d) {
+             window(d)["frame"] = {1, 2, 3};
+         },
+         "applications[0].windows[0].frame", "expected [x, y, width, height]"},
+        {[&](Json& d) { window(d).erase("frame"); }, "applications[0].windows[0].frame",
+         "required"},
+        {[](Json& d) {
+             d["displays"][0]["frame"] = {0, 0, 0, 900};
+         },
+         "displays[0].frame", "width and height must be positive"},
+        {[](Json& d) {
+             d["displays"][0] = {{"id", 1}, {"frame", {10, 0, 1440, 900}}};
+         },
+         "displays[0].frame", "the first display is the primary and must start at [0, 0]"},
+        {[](Json& d) {
+             d["displays"][0]["visibleFrame"] = {0, 0, 1440, 901};
+         },
+         "displays[0].visibleFrame", "must lie inside the frame"},
+        {[](Json& d) {
+             d["displays"].push_back({{"id", 1}, {"frame", {1440, 0, 800, 600}}});
+         },
+         "displays[1].id", "duplicate display id 1"},
+        {[&](Json& d) { secondApp(d)["pid"] = 101; }, "applications[1].pid", "duplicate pid 101"},
+        {[&](Json& d) {
+             secondApp(d)["windows"] = Json::parse(R"([{"number": 11, "frame": [0, 0, 9, 9]}])");
+         },
+         "applications[1].windows[0].number", "duplicate window number 11"},
+        {[](Json& d) { d["frontmost"] = 7; }, "frontmost", "no application with pid 7"},
+        {[](Json& d) {
+             d["dock"] = {{"display", 3}, {"size", 50}};
+         },
+         "dock.display", "no display with id 3"},
+        {[](Json& d) {
+             d["dock"] = {{"display", 1}, {"edge", "top"}, {"size", 50}};
+         },
+         "dock.edge", R"(expected one of "bottom", "left", "right")"},
+        {[&](Json& d) { window(d)["titel"] = "x"; }, "applications[0].windows[0].titel",
+         "unknown key (known keys: "},
+        {[](Json& d) { d["display"] = Json::array(); }, "display", "unknown key"},
+        {[](Json& d) { d["applications"][0]["pid"] = "101"; }, "applications[0].pid",
+         "expected a positive integer"},
+        {[](Json& d) { d["applications"][0]["pid"] = 1.5; }, "applications[0].pid",
+         "expected a positive integer"},
+        {[](Json& d) { d["applications"][0]["activationPolicy"] = "background"; },
+         "applications[0].activationPolicy", "expected one of"},
+        {[](Json& d) { d["applications"][0]["hidden"] = 1; }, "applications[0].hidden",
+         "expected true or false"},
+        {[](Json& d) { d["applications"][0].erase("name"); }, "applications[0].name", "required"},
+        {[&](Json& d) {
+             window(d)["maxSize"] = {200, 900};
+         },
+         "applications[0].windows[0].maxSize", "smaller than minSize"},
+        {[&](Json& d) { window(d)["resizeIncrements"] = {7}; },
+         "applications[0].windows[0].resizeIncrements", "expected [width, height]"},
+        {[&](Json& d) { window(d)["applyDelayMs"] = -1; },
+         "applications[0].windows[0].applyDelayMs", "expected milliseconds"},
+        {[](Json& d) { d["installed"] = Json::parse(R"([{"pid": 5, "name": "Tool"}])"); },
+         "installed[0].bundleIdentifier", "required to launch the application"},
+        {[](Json& d) {
+             d["self"] = {{"pid", 101}};
+         },
+         "applications[0].pid", "duplicate pid 101"},
+        {[](Json& d) {
+             d["mouseLocation"] = {1, 2, 3};
+         },
+         "mouseLocation", "expected [x, y]"},
+        {[](Json& d) { d = Json::array(); }, "", "expected an object"},
+    };
+    for (const auto& row : rows) {
+        auto document = example();
+        row.edit(document);
+        SCOPED_TRACE(document.dump());
+        const auto spec = parseSimulatedDesktop(document.dump());
+        ASSERT_FALSE(spec.has_value());
+        EXPECT_EQ(spec.error().place, row.place);
+        EXPECT_EQ(spec.error().problem.rfind(row.problem, 0), 0u) << spec.error().problem;
+    }
+}
+
+TEST(DesktopFileTest, TextThatIsNotJsonOrAFileThatIsMissing) {
+    const auto broken = parseSimulatedDesktop("{\"displays\": [\n  {\"id\": 1,,}]}");
+    ASSERT_FALSE(broken.has_value());
+    EXPECT_EQ(broken.error().place, "");
+    EXPECT_NE(broken.error().message().find("line 2, column 12"), std::string::npos)
+        << broken.error().message();
+
+    testing::TemporaryFolder folder;
+    const auto missing = loadSimulatedDesktop(folder / "absent.json");
+    ASSERT_FALSE(missing.has_value());
+    EXPECT_EQ(missing.error().message().rfind(
+                  "cannot read " + (folder / "absent.json").string() + ": ", 0),
+              0u);
+    EXPECT_EQ(DesktopFileError({"frontmost", "no application with pid 7"}).message(),
+              "frontmost: no application with pid 7");
+}
+
+TEST(DesktopFileTest, TheDemoDesktopLoadsAndRuns) {
+    const auto spec = loadSimulatedDesktop(std::filesystem::path(CORVETTA_SOURCE_DIR) / "examples" /
+                                           "desktops" / "two-displays.json");
+    ASSERT_TRUE(spec.has_value()) << spec.error().message();
+    ManualClock clock;
+    ManualQueue queue(clock);
+    SimulatedDesktop desktop(*spec, queue);
+    EXPECT_EQ(desktop.screenPort().screens().size(), 2u);
+    EXPECT_EQ(desktop.windowListPort().onScreenWindows().front().number, 11u);
+    EXPECT_TRUE(desktop.applicationsPort().canLaunchApplication("com.example.browser"));
+}
+
+}  // namespace
+}  // namespace corvetta

@@ -1,0 +1,452 @@
+#include "platform/sim/simulated_desktop.h"
+
+#include <gtest/gtest.h>
+
+#include "foundation/manual_queue.h"
+
+namespace corvetta {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Two displays side by side; the Dock takes 50 points at the bottom of the first. Editor (101) is
+// in front with windows 11 and 12; Terminal (202) has one window per display; Browser is installed.
+SimulatedDesktopSpec twoDisplays() {
+    SimulatedDesktopSpec spec;
+    spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 50, 1440, 825}, 2, true},
+                     {2, "Wide", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1055}, 1, false}};
+    SimulatedWindow main{.number = 11, .title = "main.cpp", .frame = {100, 100, 800, 600}};
+    main.minSize = Size{300, 200};
+    SimulatedWindow notes{.number = 12, .title = "notes", .frame = {200, 150, 600, 400}};
+    spec.applications = {
+        {101,
+         "com.example.editor",
+         "Editor",
+         ActivationPolicy::regular,
+         false,
+         false,
+         {main, notes}},
+        {202,
+         "com.example.terminal",
+         "Terminal",
+         ActivationPolicy::regular,
+         false,
+         false,
+         {{.number = 21, .title = "zsh", .frame = {50, 500, 400, 200}},
+          {.number = 22, .title = "logs", .frame = {1600, 100, 600, 400}}}},
+        {303, "com.example.agent", "Agent", ActivationPolicy::prohibited, false, false, {}},
+    };
+    spec.installed = {{404,
+                       "com.example.browser",
+                       "Browser",
+                       ActivationPolicy::regular,
+                       false,
+                       false,
+                       {{.number = 41, .title = "Start", .frame = {0, 30, 1000, 700}}}}};
+    spec.frontmost = 101;
+    spec.dock = SimulatedDock{1, DockEdge::bottom, 50, false, false};
+    return spec;
+}
+
+class SimulatedDesktopTest : public ::testing::Test {
+protected:
+    SimulatedDesktopTest() { start(twoDisplays()); }
+
+    void start(SimulatedDesktopSpec spec) {
+        desktop = std::make_unique<SimulatedDesktop>(std::move(spec), queue);
+        screenChanges =
+            desktop->screenPort().observeScreenParameters([this] { ++screenChangeCount; });
+        activations = desktop->applicationsPort().observeDidActivateApplication(
+            [this](const RunningApplication& app) { activated.push_back(app.localizedName); });
+    }
+
+    AccessibilityPort& ax() { return desktop->accessibilityPort(); }
+    static AXElement element(WindowNumber number, ProcessId pid) { return {pid, number}; }
+
+    AXValue read(const AXElement& element, std::string_view attribute) {
+        const auto value = ax().copyAttributeValue(element, attribute);
+        EXPECT_TRUE(value.has_value()) << attribute << ": " << describe(value.error());
+        return value ? *value : AXValue{};
+    }
+    Rect axFrame(WindowNumber number, ProcessId pid = 101) {
+        return {std::get<Point>(read(element(number, pid), AXAttribute::kPosition)),
+                std::get<Size>(read(element(number, pid), AXAttribute::kSize))};
+    }
+    AXErrorCode write(WindowNumber number, std::string_view attribute, AXValue value,
+                      ProcessId pid = 101) {
+        return ax().setAttributeValue(element(number, pid), attribute, value);
+    }
+    std::vector<WindowNumber> listed() const {
+        std::vector<WindowNumber> numbers;
+        for (const auto& entry : desktop->windowListPort().onScreenWindows()) {
+            numbers.push_back(entry.number);
+        }
+        return numbers;
+    }
+    Rect visibleFrame(std::size_t index) const {
+        return desktop->screenPort().screens().at(index).visibleFrame;
+    }
+
+    ManualClock clock;
+    ManualQueue queue{clock};
+    std::unique_ptr<SimulatedDesktop> desktop;
+    Registration screenChanges;
+    Registration activations;
+    int screenChangeCount = 0;
+    std::vector<std::string> activated;
+};
+
+TEST_F(SimulatedDesktopTest, SizeWritesFollowTheWindowsRules) {
+    struct Row {
+        const char* name;
+        std::function<void(SimulatedWindow&)> rules;
+        Size requested;
+        Size taken;
+    };
+    const std::vector<Row> rows = {
+        {"raised to the minimum", [](auto&) {}, {100, 50}, {300, 200}},
+        {"lowered to the maximum",
+         [](auto& w) {
+             w.maxSize = Size{900, 700};
+         },
+         {1000, 1000},
+         {900, 700}},
+        {"whole steps above the minimum, rounded down",
+         [](auto& w) {
+             w.resizeIncrements = Size{7, 13};
+         },
+         {500, 500},
+         {496, 499}},
+        {"steps never below the minimum",
+         [](auto& w) {
+             w.resizeIncrements = Size{7, 13};
+         },
+         {302, 205},
+         {300, 200}},
+        {"steps from zero without a minimum",
+         [](auto& w) {
+             w.minSize.reset();
+             w.resizeIncrements = Size{10, 20};
+         },
+         {455, 455},
+         {450, 440}},
+        {"fixed size keeps its size", [](auto& w) { w.resizable = false; }, {500, 400}, {800, 600}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start(twoDisplays());
+        desktop->setWindowBehaviour(11, row.rules);
+        EXPECT_EQ(write(11, AXAttribute::kSize, row.requested), AXErrorCode::success);
+        EXPECT_EQ(axFrame(11), Rect({100, 100}, row.taken));
+        EXPECT_EQ(desktop->frameWriteCount(11), 1);
+    }
+}
+
+TEST_F(SimulatedDesktopTest, RefusedFrameWritesSucceedAndLeaveTheWindow) {
+    desktop->setWindowBehaviour(11, [](SimulatedWindow& w) { w.movable = false; });
+    EXPECT_EQ(write(11, AXAttribute::kPosition, Point{0, 30}), AXErrorCode::success);
+    EXPECT_EQ(axFrame(11), Rect(100, 100, 800, 600));
+
+    // Full screen: the window fills its display and stays there until it leaves full screen.
+    ASSERT_EQ(write(11, AXAttribute::kFullScreen, true), AXErrorCode::success);
+    EXPECT_EQ(axFrame(11), Rect(0, 0, 1440, 900));
+    EXPECT_EQ(write(11, AXAttribute::kSize, Size{400, 300}), AXErrorCode::success);
+    EXPECT_EQ(axFrame(11), Rect(0, 0, 1440, 900));
+    EXPECT_EQ(desktop->frameWriteCount(11), 2);
+    ASSERT_EQ(write(11, AXAttribute::kFullScreen, false), AXErrorCode::success);
+    EXPECT_EQ(axFrame(11), Rect(100, 100, 800, 600));
+
+    // On the second display, whose top lies 180 points above the primary's in accessibility space.
+    ASSERT_EQ(write(22, AXAttribute::kFullScreen, true, 202), AXErrorCode::success);
+    EXPECT_EQ(desktop->windowFrame(22), Rect(1440, -180, 1920, 1080));
+    EXPECT_EQ(std::get<bool>(read(element(22, 202), AXAttribute::kFullScreen)), true);
+}
+
+TEST_F(SimulatedDesktopTest, SlowWindowTakesItsWritesLateAndInOrder) {
+    desktop->setWindowBehaviour(11, [](SimulatedWindow& w) { w.applyDelay = 100ms; });
+    write(11, AXAttribute::kPosition, Point{10, 40});
+    write(11, AXAttribute::kSize, Size{500, 400});
+    write(11, AXAttribute::kPosition, Point{30, 50});
+    queue.advance(99ms);
+    EXPECT_EQ(axFrame(11), Rect(100, 100, 800, 600));
+    queue.advance(1ms);
+    EXPECT_EQ(axFrame(11), Rect(30, 50, 500, 400));
+    EXPECT_EQ(desktop->frameWriteCount(11), 3);
+
+    // A write still pending when the desktop goes away is dropped.
+    write(11, AXAttribute::kPosition, Point{0, 0});
+    desktop.reset();
+    queue.advance(1s);
+}
+
+TEST_F(SimulatedDesktopTest, MinimizedWindowsStayWithTheirApplicationButLeaveTheScreen) {
+    const auto app = ax().applicationElement(101);
+    ASSERT_EQ(write(11, AXAttribute::kMinimized, true), AXErrorCode::success);
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{12, 21, 22}));
+    EXPECT_EQ(std::get<std::vector<AXElement>>(read(app, AXAttribute::kWindows)).size(), 2u);
+    EXPECT_EQ(std::get<AXElement>(read(app, AXAttribute::kFocusedWindow)), element(12, 101));
+
+    ASSERT_EQ(write(12, AXAttribute::kMinimized, true), AXErrorCode::success);
+    EXPECT_EQ(ax().copyAttributeValue(app, AXAttribute::kFocusedWindow).error(),
+              AXErrorCode::noValue);
+
+    ASSERT_EQ(write(12, AXAttribute::kMinimized, false), AXErrorCode::success);
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{12, 21, 22}));
+}
+
+TEST_F(SimulatedDesktopTest, AccessibilityFailuresCarryThePlatformsCodes) {
+    using Call = std::function<AXErrorCode(AccessibilityPort&)>;
+    const auto copy = [](AXElement e, std::string_view attribute) -> Call {
+        return [=](AccessibilityPort& port) {
+            const auto value = port.copyAttributeValue(e, attribute);
+            return value ? AXErrorCode::success : value.error();
+        };
+    };
+    const auto set = [](AXElement e, std::string_view attribute, AXValue value) -> Call {
+        return [=](AccessibilityPort& port) { return port.setAttributeValue(e, attribute, value); };
+    };
+    const auto perform = [](AXElement e, std::string_view action) -> Call {
+        return [=](AccessibilityPort& port) { return port.performAction(e, action); };
+    };
+    const auto pidOf = [](AXElement e) -> Call {
+        return [=](AccessibilityPort& port) {
+            const auto pid = port.processOf(e);
+            return pid ? AXErrorCode::success : pid.error();
+        };
+    };
+    const auto untrusted = [](SimulatedDesktop& d) { d.setAccessibilityTrusted(false); };
+    const auto hanging = [](SimulatedDesktop& d) { d.setApplicationUnresponsive(202, true); };
+    const auto nothing = [](SimulatedDesktop&) {};
+    struct Row {
+        const char* name;
+        std::function<void(SimulatedDesktop&)> setup;
+        Call call;
+        AXErrorCode expected;
+    };
+    const AXElement window11(101, 11);
+    const std::vector<Row> rows = {
+        {"closed window", [](auto& d) { d.closeWindow(11); }, copy(window11, "AXPosition"),
+         AXErrorCode::invalidUIElement},
+        {"window of a quit application", [](auto& d) { d.quitApplication(101); },
+         copy(window11, "AXSize"), AXErrorCode::invalidUIElement},
+        {"quit application", [](auto& d) { d.quitApplication(101); },
+         copy(AXElement(101, 0), "AXWindows"), AXErrorCode::invalidUIElement},
+        {"window claimed by another process", nothing, copy(AXElement(202, 11), "AXSize"),
+         AXErrorCode::invalidUIElement},
+        {"untrusted read", untrusted, copy(window11, "AXPosition"), AXErrorCode::apiDisabled},
+        {"untrusted write", untrusted, set(window11, "AXPosition", Point{}),
+         AXErrorCode::apiDisabled},
+        {"untrusted action", untrusted, perform(window11, "AXRaise"), AXErrorCode::apiDisabled},
+        {"untrusted process lookup", untrusted, pidOf(window11), AXErrorCode::apiDisabled},
+        {"unresponsive read", hanging, copy(AXElement(202, 21), "AXPosition"),
+         AXErrorCode::cannotComplete},
+        {"unresponsive write", hanging, set(AXElement(202, 21), "AXSize", Size{1, 1}),
+         AXErrorCode::cannotComplete},
+        {"unresponsive application", hanging, copy(AXElement(202, 0), "AXFocusedWindow"),
+         AXErrorCode::cannotComplete},
+        {"unknown attribute", nothing, copy(window11, "AXBogus"),
+         AXErrorCode::attributeUnsupported},
+        {"minimum size not known", nothing, copy(AXElement(101, 12), "AXMinSize"),
+         AXErrorCode::attributeUnsupported},
+        {"read-only attribute", nothing, set(window11, "AXTitle", std::string("x")),
+         AXErrorCode::attributeUnsupported},
+        {"value of the wrong kind", nothing, set(window11, "AXPosition", Size{1, 1}),
+         AXErrorCode::illegalArgument},
+        {"flag of the wrong kind", nothing, set(window11, "AXFullScreen", std::int64_t{1}),
+         AXErrorCode::illegalArgument},
+        {"unknown action", nothing, perform(window11, "AXZoom"), AXErrorCode::actionUnsupported},
+        {"no element", nothing, copy(AXElement(), "AXPosition"), AXErrorCode::illegalArgument},
+        {"application without windows", nothing, copy(AXElement(1, 0), "AXFocusedWindow"),
+         AXErrorCode::noValue},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start(twoDisplays());
+        row.setup(*desktop);
+        EXPECT_EQ(row.call(ax()), row.expected);
+    }
+}
+
+TEST_F(SimulatedDesktopTest, WindowAttributesAndActions) {
+    const auto app = ax().applicationElement(101);
+    EXPECT_EQ(std::get<std::vector<AXElement>>(read(app, AXAttribute::kWindows)),
+              (std::vector<AXElement>{element(11, 101), element(12, 101)}));
+    EXPECT_EQ(std::get<std::string>(read(app, AXAttribute::kTitle)), "Editor");
+    EXPECT_EQ(std::get<std::int64_t>(read(element(11, 101), AXAttribute::kWindowId)), 11);
+    EXPECT_EQ(std::get<std::string>(read(element(11, 101), AXAttribute::kTitle)), "main.cpp");
+    EXPECT_EQ(std::get<std::string>(read(element(11, 101), AXAttribute::kSubrole)),
+              kStandardWindowSubrole);
+    EXPECT_EQ(std::get<Size>(read(element(11, 101), AXAttribute::kMinSize)), (Size{300, 200}));
+    EXPECT_EQ(ax().processOf(element(12, 101)).value(), 101);
+
+    ASSERT_EQ(ax().performAction(element(12, 101), AXAction::kRaise), AXErrorCode::success);
+    EXPECT_EQ(std::get<AXElement>(read(app, AXAttribute::kFocusedWindow)), element(12, 101));
+    EXPECT_EQ(listed().front(), 12u);
+
+    const auto closeButton = std::get<AXElement>(read(element(12, 101), AXAttribute::kCloseButton));
+    ASSERT_EQ(ax().performAction(closeButton, AXAction::kPress), AXErrorCode::success);
+    EXPECT_FALSE(desktop->window(12).has_value());
+    EXPECT_EQ(ax().performAction(closeButton, AXAction::kPress), AXErrorCode::invalidUIElement);
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{11, 21, 22}));
+}
+
+TEST_F(SimulatedDesktopTest, WindowListFollowsActivationAndHiding) {
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{11, 12, 21, 22}));
+    const auto entries = desktop->windowListPort().onScreenWindows();
+    EXPECT_EQ(entries[2], (WindowListEntry{21, 0, 202, {50, 500, 400, 200}, "Terminal", "zsh"}));
+
+    EXPECT_TRUE(desktop->applicationsPort().activate(202));
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{21, 22, 11, 12}));
+    desktop->focusWindow(12);
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{12, 11, 21, 22}));
+
+    // Hiding the front application fronts the one whose window is next in line.
+    EXPECT_TRUE(desktop->applicationsPort().hide(101));
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{21, 22}));
+    EXPECT_EQ(desktop->applicationsPort().frontmostApplication()->processIdentifier, 202);
+    EXPECT_EQ(activated, (std::vector<std::string>{"Terminal", "Editor", "Terminal"}));
+
+    desktop->addWindow(101, {.number = 13, .frame = {0, 30, 200, 200}});
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{21, 22}));
+    EXPECT_TRUE(desktop->applicationsPort().activate(101));
+    EXPECT_EQ(listed(), (std::vector<WindowNumber>{13, 12, 11, 21, 22}));
+}
+
+TEST_F(SimulatedDesktopTest, ActivationIsAnnouncedOnlyWhenTheFrontApplicationChanges) {
+    auto& apps = desktop->applicationsPort();
+    EXPECT_EQ(apps.currentApplication().activationPolicy, ActivationPolicy::accessory);
+    EXPECT_EQ(apps.runningApplications().size(), 4u);
+    EXPECT_TRUE(apps.runningApplication(1).has_value());
+
+    EXPECT_TRUE(apps.activate(101));
+    desktop->activateThisApplication();
+    EXPECT_FALSE(apps.activate(303));
+    EXPECT_FALSE(apps.activate(999));
+    desktop->focusWindow(22);
+    EXPECT_EQ(activated, (std::vector<std::string>{"Corvetta", "Terminal"}));
+    // The main display is the one with the key window.
+    EXPECT_EQ(desktop->screenPort().mainScreen()->number, 2u);
+}
+
+TEST_F(SimulatedDesktopTest, LaunchingFrontsRunningOrStartsInstalledApplications) {
+    struct Row {
+        const char* bundleIdentifier;
+        std::optional<ProcessId> launched;
+        std::string failure;
+    };
+    const std::vector<Row> rows = {
+        {"com.example.terminal", 202, ""},
+        {"com.example.browser", 404, ""},
+        {"com.example.missing", std::nullopt,
+         "No application with bundle identifier com.example.missing"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.bundleIdentifier);
+        start(twoDisplays());
+        auto& apps = desktop->applicationsPort();
+        EXPECT_EQ(apps.canLaunchApplication(row.bundleIdentifier), row.launched.has_value());
+        std::optional<Expected<RunningApplication, LaunchError>> result;
+        apps.launchApplication(row.bundleIdentifier, [&](const auto& r) { result = r; });
+        EXPECT_FALSE(result.has_value());
+        queue.runUntilIdle();
+        ASSERT_TRUE(result.has_value());
+        if (row.launched) {
+            ASSERT_TRUE(result->has_value());
+            EXPECT_EQ((*result)->processIdentifier, *row.launched);
+            EXPECT_EQ(apps.frontmostApplication()->processIdentifier, *row.launched);
+            EXPECT_EQ(desktop->windowListPort().onScreenWindows().front().ownerPid, *row.launched);
+        } else {
+            EXPECT_EQ(result->error().kind, LaunchError::Kind::notFound);
+            EXPECT_EQ(result->error().message, row.failure);
+        }
+    }
+}
+
+TEST_F(SimulatedDesktopTest, ApplicationsThatHangAnswerAgainOnceTheyRecover) {
+    desktop->setApplicationUnresponsive(202, true);
+    desktop->setApplicationUnresponsive(202, false);
+    EXPECT_EQ(axFrame(21, 202), Rect(50, 500, 400, 200));
+}
+
+TEST_F(SimulatedDesktopTest, RemovingADisplayBringsItsWindowsToThePrimary) {
+    auto displays = twoDisplays().displays;
+    displays.pop_back();
+    desktop->setDisplays(displays);
+    EXPECT_EQ(screenChangeCount, 1);
+    EXPECT_EQ(desktop->screenPort().screens().size(), 1u);
+    // The primary's visible frame starts 25 points down, below the menu bar.
+    EXPECT_EQ(desktop->windowFrame(22), Rect(0, 25, 600, 400));
+    EXPECT_EQ(desktop->windowFrame(21), Rect(50, 500, 400, 200));
+}
+
+TEST_F(SimulatedDesktopTest, HiddenDockGivesItsEdgeToTheVisibleFrame) {
+    struct Row {
+        DockEdge edge;
+        double size;
+        Rect shown;
+        Rect hidden;
+    };
+    const std::vector<Row> rows = {
+        {DockEdge::bottom, 50, {0, 50, 1440, 825}, {0, 0, 1440, 875}},
+        {DockEdge::left, 60, {60, 0, 1380, 875}, {0, 0, 1440, 875}},
+        {DockEdge::right, 60, {0, 0, 1380, 875}, {0, 0, 1440, 875}},
+    };
+    for (const auto& row : rows) {
+        auto spec = twoDisplays();
+        spec.displays[0].visibleFrame = row.shown;
+        spec.dock = SimulatedDock{1, row.edge, row.size};
+        start(std::move(spec));
+        screenChangeCount = 0;
+        desktop->setDockHidden(true);
+        desktop->setDockHidden(true);
+        EXPECT_EQ(visibleFrame(0), row.hidden);
+        EXPECT_EQ(visibleFrame(1), Rect(1440, 0, 1920, 1055));
+        desktop->setDockHidden(false);
+        EXPECT_EQ(visibleFrame(0), row.shown);
+        EXPECT_EQ(screenChangeCount, 2);
+    }
+}
+
+TEST_F(SimulatedDesktopTest, IntelligentDockHidesWhileAWindowCoversIt) {
+    auto spec = twoDisplays();
+    spec.dock->intellihide = true;
+    start(std::move(spec));
+    // The Dock's strip is y 850 to 900 in accessibility space; touching it is not covering it.
+    ASSERT_EQ(write(21, AXAttribute::kPosition, Point{50, 650}, 202), AXErrorCode::success);
+    EXPECT_FALSE(desktop->dockHidden());
+    write(21, AXAttribute::kPosition, Point{50, 660}, 202);
+    EXPECT_TRUE(desktop->dockHidden());
+    EXPECT_EQ(visibleFrame(0), Rect(0, 0, 1440, 875));
+    write(21, AXAttribute::kSize, Size{500, 210}, 202);
+    EXPECT_EQ(screenChangeCount, 1);
+    write(21, AXAttribute::kMinimized, true, 202);
+    EXPECT_FALSE(desktop->dockHidden());
+    EXPECT_EQ(screenChangeCount, 2);
+    // A window on the other display never counts.
+    write(22, AXAttribute::kPosition, Point{1600, 700}, 202);
+    EXPECT_FALSE(desktop->dockHidden());
+}
+
+TEST_F(SimulatedDesktopTest, EventsReachTheMonitorsTheyMatch) {
+    std::vector<std::string> seen;
+    auto& monitors = desktop->eventMonitorPort();
+    auto global = monitors.addGlobalMonitor(eventMask(EventType::leftMouseUp),
+                                            [&](const InputEvent&) { seen.push_back("global"); });
+    auto local = monitors.addLocalMonitor(eventMask(EventType::keyDown),
+                                          [&](const InputEvent&) { seen.push_back("local"); });
+    desktop->postEvent({EventType::leftMouseUp, {300, 200}});
+    EXPECT_EQ(desktop->pointerPort().mouseLocation(), (Point{300, 200}));
+    desktop->postEvent({EventType::keyDown, {10, 10}});
+    desktop->postEvent({EventType::keyDown, {}}, true);
+    desktop->postEvent({EventType::leftMouseUp, {}}, true);
+    global.reset();
+    desktop->postEvent({EventType::leftMouseUp, {}});
+    EXPECT_EQ(seen, (std::vector<std::string>{"global", "local"}));
+
+    // A registration may outlive the desktop.
+    desktop.reset();
+    local.reset();
+}
+
+}  // namespace
+}  // namespace corvetta
