@@ -25,7 +25,7 @@ public:
 
     bool isTrusted() const;
 
-    // The focused window of the frontmost application.
+    // The focused window of the frontmost application; noValue while no application is in front.
     Expected<AXElement, AccessibilityError> frontmostWindow();
     // The focused window ("AXFocusedWindow") of an application.
     Expected<AXElement, AccessibilityError> focusedWindow(ProcessId application);
@@ -35,7 +35,8 @@ public:
     // The window's frame in screen space, from "AXPosition" and "AXSize".
     Expected<Rect, AccessibilityError> frame(const AXElement& window);
     // Writes size, then position, then size again (a window that could not grow at its old place
-    // can at its new one), logging the frame before and after.
+    // can at its new one), logging the frame before and after. Every write is tried, so a window
+    // that refuses its size still moves; the first failure is what is returned.
     Expected<void, AccessibilityError> setFrame(const AXElement& window, const Rect& frame);
     // "AXMinSize"; none when the window does not say.
     std::optional<Size> minimumSize(const AXElement& window);

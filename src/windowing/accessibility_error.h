@@ -21,6 +21,7 @@ struct AccessibilityError {
     // The interface's code, for the two attribute failures.
     AXErrorCode code = AXErrorCode::success;
 
+    // apiDisabled (no permission) becomes permissionDenied, keeping the code.
     static AccessibilityError failedToGet(AXErrorCode code);
     static AccessibilityError failedToSet(AXErrorCode code);
 

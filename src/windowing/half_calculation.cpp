@@ -16,7 +16,9 @@ HalfCalculation::HalfCalculation(const Preferences& defaults, LoggingService& lo
 std::optional<WindowCalculationResult> HalfCalculation::calculate(
     const WindowCalculationParameters& parameters) const {
     using Mode = settings::SubsequentExecutionMode;
-    switch (settings::subsequentExecutionMode(defaults_)) {
+    const Mode mode =
+        parameters.isRepeatedPress ? settings::subsequentExecutionMode(defaults_) : Mode::plain;
+    switch (mode) {
         case Mode::acrossDisplays:
             return calculateAcrossDisplays(parameters);
         case Mode::acrossDisplaysOrCycleSize:
@@ -53,13 +55,11 @@ std::optional<WindowCalculationResult> HalfCalculation::calculateAcrossDisplays(
 
 std::optional<WindowCalculationResult> HalfCalculation::calculateCycleSize(
     const WindowCalculationParameters& parameters) const {
-    const WindowDirection next = nextAction(parameters.action);
-    logger_.debug([&] {
-        return name() + ": cycling " + parameters.action.description() + " to " +
-               next.description();
-    });
-    return WindowCalculationResult{Rect::null(), &parameters.currentScreen, next,
-                                   parameters.action};
+    const WindowDirection& from = parameters.lastResultingAction.value_or(parameters.action);
+    const WindowDirection next = nextAction(from);
+    logger_.debug(
+        [&] { return name() + ": cycling " + from.description() + " to " + next.description(); });
+    return WindowCalculationResult{Rect::null(), &parameters.currentScreen, next, from};
 }
 
 WindowDirection LeftRightHalfCalculation::nextAction(const WindowDirection& action) const {

@@ -9,7 +9,8 @@
 namespace corvetta {
 
 // The half actions, which a repeated press may send to the next display or through a cycle of
-// sizes, as "subsequentExecutionSpace" says; the setting is read on every call.
+// sizes, as "subsequentExecutionSpace" says; the setting is read on every call. A press the caller
+// marks as a first one is always placed on the current screen.
 class HalfCalculation : public WindowCalculation {
 public:
     HalfCalculation(const Preferences& defaults, LoggingService& logging);
@@ -27,8 +28,9 @@ protected:
     // The action's piece of the display after the current one.
     std::optional<WindowCalculationResult> calculateAcrossDisplays(
         const WindowCalculationParameters& parameters) const;
-    // Reports the next size as the resulting action on the current screen, with the null
-    // rectangle: this path leaves the rectangle to whoever drives the cycle.
+    // Reports the size after the last resulting action (else the requested one) as the resulting
+    // action on the current screen, with the null rectangle: this path leaves the rectangle to
+    // whoever drives the cycle.
     std::optional<WindowCalculationResult> calculateCycleSize(
         const WindowCalculationParameters& parameters) const;
 

@@ -11,18 +11,31 @@ UsableScreens::UsableScreens(std::span<const Screen> screens, const Screen& curr
       logger_(logging, "UsableScreens", LogCategory::windowPositioning()) {}
 
 const Screen& UsableScreens::nextScreen() const {
+    const Screen& next = neighbour(1);
+    logger_.debug([&] {
+        return "Next screen after " + currentScreen_->description() + ": " + next.description();
+    });
+    return next;
+}
+
+const Screen& UsableScreens::previousScreen() const {
+    const Screen& previous = neighbour(screens_.size() - 1);
+    logger_.debug([&] {
+        return "Previous screen before " + currentScreen_->description() + ": " +
+               previous.description();
+    });
+    return previous;
+}
+
+const Screen& UsableScreens::neighbour(std::size_t step) const {
     const auto found = std::find_if(screens_.begin(), screens_.end(), [&](const Screen& s) {
         return s.isSameScreen(*currentScreen_);
     });
-    const Screen* next = currentScreen_;
-    if (found != screens_.end() && screens_.size() >= 2) {
-        const auto index = static_cast<std::size_t>(found - screens_.begin());
-        next = &screens_[(index + 1) % screens_.size()];
+    if (found == screens_.end() || screens_.size() < 2) {
+        return *currentScreen_;
     }
-    logger_.debug([&] {
-        return "Next screen after " + currentScreen_->description() + ": " + next->description();
-    });
-    return *next;
+    const auto index = static_cast<std::size_t>(found - screens_.begin());
+    return screens_[(index + step) % screens_.size()];
 }
 
 }  // namespace corvetta

@@ -17,11 +17,16 @@ public:
     // The entry after the current screen (found by identity), the last wrapping to the first; the
     // current screen itself when it is not listed or is alone.
     const Screen& nextScreen() const;
+    // The mirror: the entry before the current screen, the first wrapping to the last.
+    const Screen& previousScreen() const;
 
     std::span<const Screen> screens() const { return screens_; }
     const Screen& currentScreen() const { return *currentScreen_; }
 
 private:
+    // The entry `step` places after the current screen, wrapping around.
+    const Screen& neighbour(std::size_t step) const;
+
     std::span<const Screen> screens_;
     const Screen* currentScreen_;
     DeferredLogger logger_;

@@ -35,6 +35,13 @@ struct WindowCalculationParameters {
     std::span<const Screen> screens;
     const Screen& currentScreen;
     WindowDirection action;
+    // Whether the press repeats the last snap of this window with this action: the half actions
+    // apply "subsequentExecutionSpace" only then, and place the window plainly on a first press.
+    // Callers that do not track presses leave it set and get the mode on every half action.
+    bool isRepeatedPress = true;
+    // On a repeated press, the action the previous press gave the window, where a size cycle
+    // goes on from; the requested action when absent.
+    std::optional<WindowDirection> lastResultingAction;
 };
 
 struct WindowCalculationResult {

@@ -40,19 +40,28 @@ const WindowCalculation& WindowCalculationService::calculationFor(
 }
 
 Rect WindowCalculationService::calculate(const WindowDirection& action, const TargetWindow& window,
-                                         const Screen& screen) {
-    const WindowCalculationParameters parameters{window, screenDetection_.orderedScreens(), screen,
-                                                 action};
+                                         const Screen& screen, bool isRepeatedPress) {
+    const auto calculated = calculateWithScreen(action, window, screen, isRepeatedPress);
+    return calculated ? calculated->rect : Rect::null();
+}
+
+std::optional<CalculatedFrame> WindowCalculationService::calculateWithScreen(
+    const WindowDirection& action, const TargetWindow& window, const Screen& screen,
+    bool isRepeatedPress, const std::optional<WindowDirection>& lastResultingAction) {
+    const WindowCalculationParameters parameters{window,          screenDetection_.orderedScreens(),
+                                                 screen,          action,
+                                                 isRepeatedPress, lastResultingAction};
     const auto result = calculationFor(action).calculate(parameters);
     if (!result) {
-        return Rect::null();
+        return std::nullopt;
     }
     // A present result is clamped even when its rectangle is null (the size cycle's), which
     // turns it into a zero-sized frame at the screen's far corner; callers have always seen that.
     const Rect adjusted = displayScaleManager_.adjust(result->rect, *result->screen);
     logger_.info(
         [&] { return "Calculated " + action.description() + " → " + adjusted.description(); });
-    return adjusted;
+    return CalculatedFrame{adjusted, *result->screen, result->resultingAction,
+                           result->resultingSubAction};
 }
 
 }  // namespace corvetta

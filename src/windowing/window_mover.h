@@ -27,18 +27,18 @@ enum class WindowMoveError {
 std::string_view description(WindowMoveError error);
 
 struct WindowMoveRequest {
-    AXElement window;
+    AXElement window{};
     // Screen space.
-    Rect targetFrame;
+    Rect targetFrame{};
     // The display the frame was computed on; else the one holding the window, else the main one.
-    std::optional<Screen> targetScreen;
+    std::optional<Screen> targetScreen{};
     // Whether the target rests on the bottom of the visible frame: such a move follows a Dock that
     // appears or disappears during it, and is verified more loosely in y.
     bool isBottomAligned = false;
     // At least 1.
     int maxAttempts = 1;
     // The action the frame came from, to recalculate it when the Dock changes the visible frame.
-    std::optional<WindowDirection> action;
+    std::optional<WindowDirection> action{};
     // The gap the caller inset the frame by (see layout_gap.h), applied again to a recalculation.
     double layoutSpacing = 0;
 };
@@ -72,6 +72,15 @@ public:
 private:
     struct Move;
     void attempt(std::shared_ptr<Move> move, int number);
+    // Follows a Dock that appeared or went away while the frame was set.
+    void followDockChange(Move& move, const Rect& visibleBefore);
+    bool isVerified(const Move& move, const Rect& frame, int number) const;
+    // Hands the result to the completion on the main queue, once.
+    void finish(const std::shared_ptr<Move>& move, WindowMoveResult result);
+    // The display's geometry now, which a Dock or a rearrangement may have changed.
+    Screen currentGeometry(const Screen& screen) const;
+    bool isOnPrimaryDisplay(const Screen& screen) const;
+    static bool isInvalidElement(const AccessibilityError& error);
 
     AccessibilityElement& accessibilityElement_;
     WindowCalculationService& calculationService_;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "diagnostics/deferred_logger.h"
 #include "foundation/expected.h"
@@ -59,6 +60,29 @@ public:
 
 private:
     struct Tracking;
+    // The window an entry point acts on, where it is, and the display holding it.
+    struct PlacedWindow {
+        AXElement window;
+        Rect frame;
+        Screen screen;
+    };
+
+    // The application's focused window; none (the failure logged) when it has none.
+    std::optional<AXElement> focusedWindow(const std::optional<RunningApplication>& application);
+    // The window's frame and display, or the error text.
+    Expected<PlacedWindow, std::string> place(const AXElement& window);
+    // The same for the focused window of the target application.
+    Expected<PlacedWindow, std::string> placeTargetWindow();
+    void snap(const PlacedWindow& placed, const WindowDirection& action,
+              std::string_view errorPrefix, SnapCompletion completion);
+    void moveToNeighbourDisplay(bool forward, SnapCompletion completion);
+    // Hands the request to the mover; the completion logs the outcome.
+    void move(WindowMoveRequest request, std::string successMessage, std::string_view errorPrefix,
+              SnapCompletion completion);
+    void fail(std::string_view errorPrefix, const std::string& error,
+              const SnapCompletion& completion) const;
+    // The window's title in quotes when it has one, else the element, for log lines.
+    std::string windowName(const AXElement& window);
 
     WindowMover& windowMover_;
     ScreenDetectionService& screenDetection_;
@@ -66,6 +90,7 @@ private:
     WindowCalculationService& calculationService_;
     ApplicationsPort& applications_;
     const Preferences& defaults_;
+    LoggingService& logging_;
     DeferredLogger logger_;
     WillSnapHook willSnap_;
     std::shared_ptr<Tracking> tracking_;

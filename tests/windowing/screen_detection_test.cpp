@@ -133,23 +133,27 @@ TEST_F(ScreenDetectionTest, SelectionIsLoggedAndNoDisplaysMeansNoScreen) {
     EXPECT_EQ(none.screenContaining({0, 0, 10, 10}), std::nullopt);
 }
 
-TEST_F(ScreenDetectionTest, NextDisplayWrapsAndStaysPutWhenAlone) {
+TEST_F(ScreenDetectionTest, NextAndPreviousDisplaysWrapAndStayPutWhenAlone) {
     const std::vector<Screen> three = {makeScreen(1, {0, 0, 100, 100}),
                                        makeScreen(2, {100, 0, 100, 100}),
                                        makeScreen(3, {200, 0, 100, 100})};
     // Found by number: a stale copy with another frame is still the same display.
     Screen movedTwo = three[1];
     movedTwo.frame = {500, 500, 100, 100};
-    const std::vector<std::tuple<std::vector<Screen>, Screen, ScreenNumber>> cases = {
-        {three, three[0], 2},
-        {three, movedTwo, 3},
-        {three, three[2], 1},
-        {{three[0]}, three[0], 1},
-        {{three[0], three[2]}, three[1], 2},  // not listed: stays
-        {{}, three[1], 2},
+    // list, current, next, previous
+    const std::vector<std::tuple<std::vector<Screen>, Screen, ScreenNumber, ScreenNumber>> cases = {
+        {three, three[0], 2, 3},
+        {three, movedTwo, 3, 1},
+        {three, three[2], 1, 2},
+        {{three[0]}, three[0], 1, 1},
+        {{three[0], three[2]}, three[1], 2, 2},  // not listed: stays
+        {{}, three[1], 2, 2},
     };
-    for (const auto& [list, current, expected] : cases) {
-        EXPECT_EQ(UsableScreens(list, current, logging).nextScreen().number, expected)
+    for (const auto& [list, current, next, previous] : cases) {
+        const UsableScreens usable(list, current, logging);
+        EXPECT_EQ(usable.nextScreen().number, next)
+            << "current " << current.number << " of " << list.size();
+        EXPECT_EQ(usable.previousScreen().number, previous)
             << "current " << current.number << " of " << list.size();
     }
 }

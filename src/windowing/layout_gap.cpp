@@ -1,0 +1,32 @@
+#include "windowing/layout_gap.h"
+
+#include <cmath>
+
+namespace corvetta {
+
+namespace {
+
+// Edges closer than this to the visible frame's edge count as lying on it: calculated frames are
+// floored, so an edge meant to touch the screen may miss it by a fraction of a point.
+constexpr double kEdgeTolerance = 2;
+
+double insetUnlessOnEdge(double edge, double screenEdge, double inset) {
+    return std::fabs(edge - screenEdge) < kEdgeTolerance ? 0 : inset;
+}
+
+}  // namespace
+
+Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacing) {
+    if (!(spacing > 0)) {
+        return frame;
+    }
+    const double half = spacing / 2;
+    const double left = insetUnlessOnEdge(frame.minX(), visibleFrame.minX(), half);
+    const double right = insetUnlessOnEdge(frame.maxX(), visibleFrame.maxX(), half);
+    const double bottom = insetUnlessOnEdge(frame.minY(), visibleFrame.minY(), half);
+    const double top = insetUnlessOnEdge(frame.maxY(), visibleFrame.maxY(), half);
+    return Rect(frame.origin.x + left, frame.origin.y + bottom, frame.size.width - left - right,
+                frame.size.height - bottom - top);
+}
+
+}  // namespace corvetta

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "foundation/manual_queue.h"
+#include "platform/sim/simulated_desktop.h"
+#include "windowing/accessibility_element.h"
+#include "windowing/window_calculation_service.h"
+#include "windowing/window_mover.h"
+#include "windowing_fixture.h"
+
+namespace corvetta::testing_support {
+
+// The windowing services on one simulated desktop.
+struct DesktopServices {
+    DesktopServices(SimulatedDesktop& desktop, MainQueue& queue, const Preferences& defaults,
+                    LoggingService& logging)
+        : screenDetection(desktop.screenPort(), logging),
+          calculation(screenDetection, defaults, logging),
+          accessibility(desktop.accessibilityPort(), desktop.screenPort(), desktop.windowListPort(),
+                        desktop.applicationsPort(), desktop.pointerPort(), logging),
+          mover(accessibility, calculation, screenDetection, desktop.screenPort(), queue, logging) {
+    }
+
+    ScreenDetectionService screenDetection;
+    WindowCalculationService calculation;
+    AccessibilityElement accessibility;
+    WindowMover mover;
+};
+
+// A simulated desktop on the manual queue. The primary display is 1440x900 with a 25-point menu
+// bar; the second lies to its right, 300 points lower and 1080 high, so the two coordinate spaces
+// differ on both. The editor (pid 100) is in front; pid 200 hangs.
+class DesktopTest : public WindowingTest {
+protected:
+    static constexpr ProcessId kEditor = 100;
+    static constexpr ProcessId kFrozen = 200;
+    static constexpr WindowNumber kFrozenWindow = 20;
+    static constexpr Rect kPrimaryVisible{0, 0, 1440, 875};
+    static constexpr Rect kSecondaryFrame{1440, -300, 1920, 1080};
+
+    static SimulatedDesktopSpec desktopSpec(std::vector<SimulatedWindow> editorWindows) {
+        SimulatedDesktopSpec spec;
+        spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, kPrimaryVisible, 2, true},
+                         {2, "External", kSecondaryFrame, kSecondaryFrame, 1, false}};
+        spec.applications = {{kEditor, "com.example.editor", "Editor", ActivationPolicy::regular,
+                              false, false, std::move(editorWindows)},
+                             {kFrozen,
+                              "com.example.frozen",
+                              "Frozen",
+                              ActivationPolicy::regular,
+                              false,
+                              true,
+                              {{.number = kFrozenWindow, .frame = {0, 25, 200, 200}}}}};
+        spec.frontmost = kEditor;
+        return spec;
+    }
+
+    // A fresh desktop and fresh services; earlier ones are dropped first.
+    void startDesktop(SimulatedDesktopSpec spec) {
+        services.reset();
+        desktop = std::make_unique<SimulatedDesktop>(std::move(spec), queue);
+        services = std::make_unique<DesktopServices>(*desktop, queue, preferences, logging);
+    }
+    void startDesktop(std::vector<SimulatedWindow> editorWindows) {
+        startDesktop(desktopSpec(std::move(editorWindows)));
+    }
+
+    AXElement element(WindowNumber number) const { return desktop->windowElement(number).value(); }
+
+    // Runs a move to its end; the completion must run exactly once, and only from the queue.
+    WindowMoveResult move(WindowMoveRequest request) {
+        std::optional<WindowMoveResult> result;
+        int completions = 0;
+        services->mover.moveWindow(std::move(request), [&](const WindowMoveResult& r) {
+            result = r;
+            ++completions;
+        });
+        EXPECT_EQ(completions, 0);
+        queue.advance(std::chrono::seconds(2));
+        EXPECT_EQ(completions, 1);
+        return result.value();
+    }
+
+    ManualQueue queue{clock};
+    std::unique_ptr<SimulatedDesktop> desktop;
+    std::unique_ptr<DesktopServices> services;
+};
+
+}  // namespace corvetta::testing_support

@@ -1,0 +1,342 @@
+#include "windowing/window_snapping_service.h"
+
+#include <algorithm>
+#include <functional>
+#include <tuple>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "snapping_fixture.h"
+#include "windowing/calculation_settings.h"
+
+namespace corvetta {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using Case = WindowDirection::Case;
+namespace keys = calculation_settings;
+
+constexpr ProcessId kEditor = 101;
+constexpr ProcessId kBrowser = 102;
+constexpr ProcessId kIdle = 103;
+constexpr WindowNumber kNotes = 11;
+constexpr WindowNumber kDocs = 21;
+
+// Window frames are in accessibility space; the primary display is 825 high, so a frame at screen
+// y with height h shows at 825 - (y + h).
+const Rect kNotesFrame(100, 100, 400, 300);
+const Rect kDocsFrame(600, 400, 300, 200);
+const SimulatedDisplay kPrimary{1, "Primary", {0, 0, 1000, 825}, {0, 0, 1000, 800}};
+
+SimulatedApplication application(ProcessId pid, const std::string& name,
+                                 std::vector<SimulatedWindow> windows) {
+    SimulatedApplication app;
+    app.pid = pid;
+    app.bundleIdentifier = "com.example." + name;
+    app.name = name;
+    app.windows = std::move(windows);
+    return app;
+}
+
+SimulatedWindow window(WindowNumber number, const std::string& title, Rect frame) {
+    SimulatedWindow w;
+    w.number = number;
+    w.title = title;
+    w.frame = frame;
+    return w;
+}
+
+// The editor is in front with one window, the browser behind it, and an idle application
+// without windows.
+SimulatedDesktopSpec desktop(std::vector<SimulatedDisplay> displays = {kPrimary},
+                             ProcessId frontmost = kEditor) {
+    SimulatedDesktopSpec spec;
+    spec.displays = std::move(displays);
+    spec.applications = {application(kEditor, "editor", {window(kNotes, "Notes", kNotesFrame)}),
+                         application(kBrowser, "browser", {window(kDocs, "Docs", kDocsFrame)}),
+                         application(kIdle, "idle", {})};
+    spec.frontmost = frontmost;
+    return spec;
+}
+
+class WindowSnappingServiceTest : public testing_support::SnappingTest {
+protected:
+    std::vector<std::string> messages() const { return loggedMessages("WindowSnappingService"); }
+
+    std::string lastMessage(const std::string& service, const std::string& prefix) const {
+        const auto all = loggedMessages(service);
+        const auto found = std::find_if(
+            all.rbegin(), all.rend(), [&](const std::string& m) { return m.starts_with(prefix); });
+        return found == all.rend() ? "" : *found;
+    }
+
+    RunningApplication app(ProcessId pid) const {
+        return *rig->sim.applicationsPort().runningApplication(pid);
+    }
+
+    Screen screen(std::size_t index) const { return rig->sim.screenPort().screens().at(index); }
+};
+
+TEST_F(WindowSnappingServiceTest, EveryActionLandsOnItsFrameLessTheGap) {
+    preferences.set(WindowSnappingService::kLayoutSpacingKey, 10.0);
+    preferences.set(keys::kSpecifiedWidth, 600.0);
+    preferences.set(keys::kSpecifiedHeight, 400.0);
+    // On the visible frame (0, 0, 1000, 800), from the Notes window; bottom-aligned or not.
+    const std::vector<std::tuple<WindowDirection, Rect, bool>> rows = {
+        {Case::leftHalf, {0, 25, 495, 800}, false},
+        {Case::rightHalf, {505, 25, 495, 800}, false},
+        {Case::topHalf, {0, 25, 1000, 395}, false},
+        {Case::bottomHalf, {0, 430, 1000, 395}, true},
+        {Case::topLeft, {0, 25, 495, 395}, false},
+        {Case::topRight, {505, 25, 495, 395}, false},
+        {Case::bottomLeft, {0, 430, 495, 395}, true},
+        {Case::bottomRight, {505, 430, 495, 395}, true},
+        {Case::maximize, {0, 25, 1000, 800}, false},
+        {Case::center, {305, 280, 390, 290}, false},
+        {Case::leftThird, {0, 25, 328, 800}, false},
+        {Case::centerThird, {338, 25, 323, 800}, false},
+        {Case::rightThird, {671, 25, 329, 800}, false},
+        {Case::leftTwoThirds, {0, 25, 661, 800}, false},
+        {Case::centerTwoThirds, {171, 25, 656, 800}, false},
+        {Case::rightTwoThirds, {338, 25, 662, 800}, false},
+        {Case::topThird, {0, 25, 1000, 262}, false},
+        {Case::centerVerticalThird, {0, 298, 1000, 256}, false},
+        {Case::bottomThird, {0, 564, 1000, 261}, true},
+        {Case::topLeftQuarter, {0, 25, 495, 395}, false},
+        {Case::topRightQuarter, {505, 25, 495, 395}, false},
+        {Case::bottomLeftQuarter, {0, 430, 495, 395}, true},
+        {Case::bottomRightQuarter, {505, 430, 495, 395}, true},
+        {Case::larger, {90, 90, 420, 320}, false},
+        {Case::smaller, {120, 120, 360, 260}, false},
+        {Case::largerWidth, {90, 105, 420, 290}, false},
+        {Case::smallerWidth, {120, 105, 360, 290}, false},
+        {Case::almostMaximize, {55, 71, 889, 709}, false},
+        {Case::specified, {205, 230, 590, 390}, false},
+        {WindowDirection::custom({100, 100, 300, 200}), {105, 530, 290, 190}, false},
+    };
+    for (const auto& [action, expected, bottomAligned] : rows) {
+        SCOPED_TRACE(action.description());
+        start(desktop());
+        const auto result = snap(action);
+        ASSERT_TRUE(result) << result.error();
+        EXPECT_EQ(result->attempts, 1);
+        EXPECT_EQ(frameOf(kNotes), expected);
+        EXPECT_EQ(lastMessage("WindowMover", "Moving window with isBottomAligned: "),
+                  std::string("Moving window with isBottomAligned: ") +
+                      (bottomAligned ? "true" : "false"));
+        EXPECT_EQ(messages().back(), "Snapped \"Notes\" to " + action.description() + " on " +
+                                         screen(0).description());
+    }
+    EXPECT_THAT(messages(), Contains("Snapping frontmost window to leftHalf"));
+}
+
+TEST_F(WindowSnappingServiceTest, RepeatedHalfPressTakesTheGapAndTheMoveToTheNextDisplay) {
+    preferences.set(WindowSnappingService::kLayoutSpacingKey, 10.0);
+    preferences.set(keys::kSubsequentExecutionSpace, 1);
+    // Side by side; the second display's bottom lies 100 points higher, so a bottom-aligned move
+    // checked against the first display's visible frame would be pulled back there.
+    const SimulatedDisplay right{2, "Right", {1000, 100, 800, 600}, {1000, 100, 800, 600}};
+    const std::vector<std::tuple<WindowDirection, Rect>> rows = {
+        {Case::bottomHalf, {1000, 430, 800, 295}},
+        {Case::leftHalf, {1000, 125, 395, 600}},
+    };
+    for (const auto& [action, expected] : rows) {
+        SCOPED_TRACE(action.description());
+        start(desktop({kPrimary, right}));
+        ASSERT_TRUE(snap(action));
+        EXPECT_EQ(frameOf(kNotes), expected);
+        EXPECT_THAT(messages().back(), HasSubstr(" on " + screen(1).description()));
+    }
+}
+
+TEST_F(WindowSnappingServiceTest, NextAndPreviousDisplayScaleTheFrameAndWrapAround) {
+    // Left to right: 1000, 500 and 2000 wide, all with the same height.
+    const std::vector<SimulatedDisplay> three = {
+        kPrimary,
+        {2, "Narrow", {1000, 0, 500, 825}, {1000, 0, 500, 800}},
+        {3, "Wide", {1500, 0, 2000, 825}, {1500, 0, 2000, 800}},
+    };
+    const Rect onWide(1700, 100, 800, 300);
+    const Rect onNarrow(1050, 100, 200, 300);
+    // start, forward, expected
+    const std::vector<std::tuple<Rect, bool, Rect>> rows = {
+        {kNotesFrame, true, onNarrow},
+        {kNotesFrame, false, onWide},  // the first wraps to the last
+        {onWide, true, kNotesFrame},   // the last wraps to the first
+        {onWide, false, onNarrow},
+        // Taller than the visible frame: shrunk to fit it.
+        {{100, 0, 400, 825}, true, {1050, 25, 200, 800}},
+        // Hanging over the right edge: shifted back inside.
+        {{800, 100, 400, 300}, true, {1300, 100, 200, 300}},
+    };
+    for (const auto& [from, forward, expected] : rows) {
+        SCOPED_TRACE(::testing::PrintToString(from) + (forward ? " next" : " previous"));
+        auto spec = desktop(three);
+        spec.applications[0].windows[0].frame = from;
+        start(std::move(spec));
+        const auto result = run([&](auto& service, auto done) {
+            forward ? service.moveFrontmostWindowToNextDisplay(done)
+                    : service.moveFrontmostWindowToPreviousDisplay(done);
+        });
+        ASSERT_TRUE(result) << result.error();
+        EXPECT_EQ(frameOf(kNotes), expected);
+    }
+    EXPECT_THAT(messages(),
+                Contains("Moving window from " + Rect(100, 425, 400, 300).description() + " to " +
+                         Rect(1050, 425, 200, 300).description()));
+}
+
+TEST_F(WindowSnappingServiceTest, TargetsTheLastOtherApplicationThroughItsOwnActivation) {
+    start(desktop());
+    ASSERT_TRUE(rig->sim.applicationsPort().activate(kBrowser));
+    // Opening the menu or the palette brings this program to the front.
+    rig->sim.activateThisApplication();
+    EXPECT_EQ(rig->service.targetApplication(), app(kBrowser));
+
+    ASSERT_TRUE(snap(Case::leftHalf));
+    EXPECT_EQ(frameOf(kDocs), Rect(0, 25, 500, 800));  // no spacing set, no gap
+    EXPECT_EQ(frameOf(kNotes), kNotesFrame);
+
+    // Once the recorded application is gone, the frontmost one takes its place.
+    rig->sim.quitApplication(kBrowser);
+    rig->sim.applicationsPort().activate(kEditor);
+    rig->sim.activateThisApplication();
+    ASSERT_TRUE(snap(Case::rightHalf));
+    EXPECT_EQ(frameOf(kNotes), Rect(500, 25, 500, 800));
+}
+
+TEST_F(WindowSnappingServiceTest, BeforeAnyActivationTheFrontmostApplicationIsTheTarget) {
+    start(desktop());
+    EXPECT_EQ(rig->service.targetApplication(), app(kEditor));
+    ASSERT_TRUE(snap(Case::maximize));
+    EXPECT_EQ(frameOf(kNotes), Rect(0, 25, 1000, 800));
+    // The spacing is read on every snap.
+    preferences.set(WindowSnappingService::kLayoutSpacingKey, 10.0);
+    ASSERT_TRUE(snap(Case::leftHalf));
+    EXPECT_EQ(frameOf(kNotes), Rect(0, 25, 495, 800));
+
+    // Never this program itself.
+    start(desktop({kPrimary}, rig->sim.applicationsPort().currentApplication().processIdentifier));
+    EXPECT_EQ(rig->service.targetApplication(), std::nullopt);
+    const auto result = snap(Case::maximize);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), "No frontmost window found");
+    EXPECT_EQ(messages().back(), "Error snapping window: No frontmost window found");
+}
+
+TEST_F(WindowSnappingServiceTest, NothingMovesWithoutAWindowOrAFrame) {
+    start(desktop({kPrimary}, kIdle));
+    const auto result = snap(Case::leftHalf);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error(), "No frontmost window found");
+    EXPECT_THAT(messages(), Contains(StartsWith("Failed to get focused window: ")));
+    EXPECT_EQ(messages().back(), "Error snapping window: No frontmost window found");
+
+    ASSERT_FALSE(
+        run([&](auto& service, auto done) { service.moveFrontmostWindowToNextDisplay(done); }));
+    EXPECT_EQ(messages().back(), "Error moving window to next display: No frontmost window found");
+
+    const auto forApp = run(
+        [&](auto& service, auto done) { service.snapWindow(app(kIdle), Case::leftHalf, done); });
+    ASSERT_FALSE(forApp);
+    EXPECT_EQ(messages().back(), "No focused window for " + app(kIdle).description());
+
+    // A custom action without a rectangle has no frame to go to.
+    start(desktop());
+    EXPECT_FALSE(snap(WindowDirection::custom(Rect::null())));
+    EXPECT_EQ(rig->sim.frameWriteCount(kNotes), 0);
+}
+
+TEST_F(WindowSnappingServiceTest, WillSnapHookSeesTheWindowBeforeItMoves) {
+    std::vector<std::pair<AXElement, std::optional<Rect>>> seen;
+    start(desktop(),
+          [&](const AXElement& element) { seen.emplace_back(element, frameOf(kNotes)); });
+    ASSERT_TRUE(snap(Case::leftHalf));
+    ASSERT_EQ(seen.size(), 1U);
+    EXPECT_EQ(seen[0].first, rig->sim.windowElement(kNotes));
+    EXPECT_EQ(seen[0].second, kNotesFrame);
+}
+
+TEST_F(WindowSnappingServiceTest, GivenApplicationsWindowIsSnappedOrMoved) {
+    start(desktop());
+    ASSERT_TRUE(run([&](auto& service, auto done) {
+        service.snapWindow(app(kBrowser), Case::rightHalf, done);
+    }));
+    EXPECT_EQ(frameOf(kDocs), Rect(500, 25, 500, 800));
+    EXPECT_EQ(frameOf(kNotes), kNotesFrame);
+
+    // Screen space in, accessibility space on the window.
+    const auto moved = run([&](auto& service, auto done) {
+        service.moveWindow(app(kBrowser), {200, 300, 400, 200}, done);
+    });
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(moved->frame, Rect(200, 300, 400, 200));
+    EXPECT_EQ(frameOf(kDocs), Rect(200, 325, 400, 200));
+}
+
+TEST_F(WindowSnappingServiceTest, MoverFailuresAreLoggedWithTheEntryPointsPrefix) {
+    using Call = std::function<void(WindowSnappingService&, SnapCompletion)>;
+    const std::vector<std::pair<Call, std::string>> rows = {
+        {[](auto& s, auto done) { s.snapFrontmostWindow(Case::leftHalf, done); },
+         "Error snapping window: "},
+        {[](auto& s, auto done) { s.moveFrontmostWindowToNextDisplay(done); },
+         "Error moving window to next display: "},
+        {[](auto& s, auto done) { s.moveFrontmostWindowToPreviousDisplay(done); },
+         "Error moving window to previous display: "},
+        {[&](auto& s, auto done) { s.snapWindow(app(kEditor), Case::leftHalf, done); },
+         "Error snapping window for app: "},
+        {[&](auto& s, auto done) {
+             s.moveWindow(app(kEditor), {0, 0, 300, 300}, done);
+         },
+         "Error moving window for app: "},
+    };
+    for (const auto& [call, prefix] : rows) {
+        SCOPED_TRACE(prefix);
+        auto spec = desktop();
+        spec.applications[0].windows[0].fullScreen = true;
+        start(std::move(spec));
+        const auto result = run(call);
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error(), "Window is in fullscreen mode");
+        EXPECT_EQ(messages().back(), prefix + "Window is in fullscreen mode");
+    }
+
+    // A window that never moves is tried three times.
+    auto spec = desktop();
+    spec.applications[0].windows[0].movable = false;
+    start(std::move(spec));
+    EXPECT_FALSE(snap(Case::rightHalf));
+    EXPECT_EQ(messages().back(),
+              "Error snapping window: Failed to verify window position after move");
+    EXPECT_THAT(loggedMessages("WindowMover"),
+                Contains("Window position verification failed on attempt 2, retrying..."));
+    EXPECT_THAT(loggedMessages("WindowMover"),
+                Not(Contains("Window position verification failed on attempt 3, retrying...")));
+}
+
+TEST_F(WindowSnappingServiceTest, StoredPositionsPerformTheSameNamedAction) {
+    start(desktop());
+    auto& service = rig->service;
+    for (const auto position : allSnapPositionCases()) {
+        const auto performed = service.direction(position);
+        if (position == SnapPosition::Case::fullscreen) {
+            EXPECT_EQ(performed, WindowDirection(Case::maximize));
+        } else if (position != SnapPosition::Case::custom) {
+            EXPECT_EQ(performed.name(), SnapPosition(position).name());
+        }
+    }
+    EXPECT_EQ(service.direction(SnapPosition::Case::bottomLeftQuarter),
+              WindowDirection(Case::bottomLeftQuarter));
+    const Rect rect(10, 20, 300, 400);
+    EXPECT_EQ(service.direction(SnapPosition::custom(rect)), WindowDirection::custom(rect));
+    EXPECT_EQ(messages().back(),
+              "Converting position " + SnapPosition::custom(rect).description() + " to direction");
+}
+
+}  // namespace
+}  // namespace corvetta
