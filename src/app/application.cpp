@@ -1,12 +1,15 @@
 #include "app/application.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 
 #include <unistd.h>
 
 #include "app/command_line.h"
+#include "app/desktop_opening.h"
 #include "app/termination_signals.h"
+#include "app/window_services.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logger.h"
 #include "diagnostics/logging_manager.h"
@@ -18,7 +21,7 @@
 
 namespace corvetta {
 
-int runApplication(const Paths& paths, const Clock& clock) {
+int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock) {
     StderrLog platformLog;
     JsonFilePreferences preferences(paths.preferencesFile(), clock);
     NotificationCenter notifications;
@@ -45,6 +48,25 @@ int runApplication(const Paths& paths, const Clock& clock) {
         [&loggingService](const Notification&) { loggingService.reloadSettings(); });
     logger.info(std::string("Logging observer set up for notification: ") +
                 LoggingManager::kSettingsChangedNotification);
+
+    std::unique_ptr<Desktop> desktop;
+    std::unique_ptr<WindowServices> windowServices;
+    if (options.desktop) {
+        auto opened = openDesktop(*options.desktop, loop);
+        if (!opened) {
+            // Straight to standard error: the user's logging switches must not hide why the
+            // program would not start.
+            platformLog.flush();
+            std::fprintf(stderr, "corvetta: %s\n", opened.error().c_str());
+            return 2;
+        }
+        desktop = std::move(*opened);
+        windowServices =
+            std::make_unique<WindowServices>(*desktop, loop, preferences, loggingService);
+        logger.info("Desktop: " + describeDesktop(*desktop, *options.desktop));
+    } else {
+        logger.warning("No desktop chosen; window actions need --desktop=sim:FILE");
+    }
 
     TerminationSignals signals(loop, [&](int signal) {
         logger.info(std::string("Received ") + (signal == SIGINT ? "SIGINT" : "SIGTERM") +

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -7,9 +9,20 @@
 
 namespace corvetta {
 
+// Which desktop the program acts on.
+struct DesktopChoice {
+    enum class Kind { simulated };
+    Kind kind = Kind::simulated;
+    // The desktop file of a simulated desktop.
+    std::filesystem::path file;
+
+    bool operator==(const DesktopChoice&) const = default;
+};
+
 struct CommandLineOptions {
     bool showHelp = false;
     bool showVersion = false;
+    std::optional<DesktopChoice> desktop;
 };
 
 struct CommandLineError {

@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     }
     try {
         SystemClock clock;
-        return runApplication(Paths::resolve(processEnvironment()), clock);
+        return runApplication(*options, Paths::resolve(processEnvironment()), clock);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "corvetta: %s\n", e.what());
         return 1;

@@ -45,6 +45,32 @@ TEST(CommandLine, RefusesUnknownOptionsAndArguments) {
     }
 }
 
+TEST(CommandLine, DesktopChoice) {
+    const std::pair<Arguments, std::string> accepted[] = {
+        {{"--desktop=sim:desk.json"}, "desk.json"},
+        {{"--desktop", "sim:/tmp/a b.json"}, "/tmp/a b.json"},
+        {{"--desktop=sim:one.json", "--desktop=sim:two.json"}, "two.json"},  // the last one wins
+    };
+    for (const auto& [arguments, file] : accepted) {
+        const auto options = parseCommandLine(arguments);
+        ASSERT_TRUE(options.has_value()) << options.error().message;
+        EXPECT_EQ(options->desktop, (DesktopChoice{DesktopChoice::Kind::simulated, file}));
+    }
+    EXPECT_FALSE(parseCommandLine({})->desktop.has_value());
+
+    const std::pair<Arguments, std::string> refused[] = {
+        {{"--desktop"}, "option '--desktop' needs a value"},
+        {{"--desktop=sim:"}, "option '--desktop=sim:' needs a desktop file"},
+        {{"--desktop=wayland"}, "unsupported desktop 'wayland' (available: sim:FILE)"},
+        {{"--desktop="}, "unsupported desktop '' (available: sim:FILE)"},
+        {{"--desktops=sim:x"}, "unrecognized option '--desktops=sim:x'"},
+    };
+    for (const auto& [arguments, message] : refused) {
+        const auto result = parseCommandLine(arguments);
+        EXPECT_EQ(result ? "(accepted)" : result.error().message, message);
+    }
+}
+
 TEST(CommandLine, HelpAndVersionTexts) {
     const std::string help = helpText();
     EXPECT_THAT(help, StartsWith("Usage: corvetta"));

@@ -189,5 +189,33 @@ TEST(Process, DamagedPreferencesAreQuarantinedAndTheProgramStillStarts) {
     EXPECT_EQ(child.finish(), 0) << child.err();
 }
 
+TEST(Process, RunsOnASimulatedDesktopAndRefusesABadDesktopFile) {
+    testing::TemporaryFolder root;
+    testing::writeTestFile(root / "desk.json",
+                           R"({"displays": [{"id": 1, "frame": [0, 0, 1440, 900]}],
+        "applications": [{"pid": 101, "name": "Editor", "windows": [{"number": 11,
+                          "frame": [100, 100, 800, 600]}]}], "frontmost": 101})");
+    {
+        ChildProcess child({"--desktop=sim:" + (root / "desk.json").string()}, root);
+        ASSERT_TRUE(child.waitForStderr(versionText() + " ready")) << child.err();
+        // Corvetta itself counts among the running applications, as the workspace lists it.
+        EXPECT_THAT(child.err(), HasSubstr("1 display, 2 running applications"));
+        child.signal(SIGTERM);
+        EXPECT_EQ(child.finish(), 0) << child.err();
+    }
+
+    testing::writeTestFile(root / "bad.json", R"({"displays": [{"id": 1, "frame": [0, 0]}]})");
+    const std::pair<std::string, std::string> refused[] = {
+        {"bad.json", "bad.json: displays[0].frame: "},
+        {"missing.json", "missing.json: cannot read "},
+    };
+    for (const auto& [file, message] : refused) {
+        ChildProcess child({"--desktop=sim:" + (root / file).string()}, root);
+        EXPECT_EQ(child.finish(), 2);
+        EXPECT_THAT(child.err(), HasSubstr(message));
+        EXPECT_THAT(child.err(), ::testing::Not(HasSubstr(" ready")));
+    }
+}
+
 }  // namespace
 }  // namespace corvetta

@@ -1,0 +1,26 @@
+#include "app/desktop_opening.h"
+
+#include "platform/sim/simulated_desktop.h"
+#include "platform/sim/simulated_desktop_file.h"
+
+namespace corvetta {
+
+Expected<std::unique_ptr<Desktop>, std::string> openDesktop(const DesktopChoice& choice,
+                                                            MainQueue& queue) {
+    auto spec = loadSimulatedDesktop(choice.file);
+    if (!spec) {
+        return unexpected("desktop file " + choice.file.string() + ": " + spec.error().message());
+    }
+    return std::unique_ptr<Desktop>(std::make_unique<SimulatedDesktop>(std::move(*spec), queue));
+}
+
+std::string describeDesktop(Desktop& desktop, const DesktopChoice& choice) {
+    const auto plural = [](std::size_t count, const std::string& noun) {
+        return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+    };
+    return "simulated desktop from " + choice.file.string() + ": " +
+           plural(desktop.screenPort().screens().size(), "display") + ", " +
+           plural(desktop.applicationsPort().runningApplications().size(), "running application");
+}
+
+}  // namespace corvetta
