@@ -41,7 +41,7 @@ struct WindowCalculationParameters {
     bool isRepeatedPress = true;
     // On a repeated press, the action the previous press gave the window, where a size cycle
     // goes on from; the requested action when absent.
-    std::optional<WindowDirection> lastResultingAction;
+    std::optional<WindowDirection> lastResultingAction{};
 };
 
 struct WindowCalculationResult {

@@ -1,6 +1,8 @@
 #include "windowing/window_snapping_service.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,10 @@ namespace {
 // A window sitting a little off target is put right by the mover's later attempts; a third one
 // covers applications that take their frame late without holding up a key press for long.
 constexpr int kMoveAttempts = 3;
+
+// How far, in each of x, y, width and height, a window may sit from where the last snap left it
+// and still count as untouched: applications round or nudge a frame by a point after taking it.
+constexpr double kRepeatTolerance = 2;
 
 // Targets that rest on the bottom of the visible frame, which a Dock appearing or disappearing
 // during the move would leave floating or covered.
@@ -66,6 +72,23 @@ struct WindowSnappingService::Tracking {
     std::optional<RunningApplication> lastNonCorvettaApp;
 };
 
+// Shared with the completions of moves under way, which hold it weakly and may run after the
+// service is gone.
+struct WindowSnappingService::SnapMemory {
+    std::optional<CompletedSnap> last;
+    // Counts presses, so that only the newest one records its completion.
+    std::uint64_t presses = 0;
+};
+
+bool WindowSnappingService::CompletedSnap::isRepeatedBy(const PlacedWindow& placed,
+                                                        const WindowDirection& action) const {
+    const auto near = [](double a, double b) { return std::fabs(a - b) <= kRepeatTolerance; };
+    const Rect& now = placed.frame;
+    return placed.window == window && action == pressedAction && near(now.minX(), frame.minX()) &&
+           near(now.minY(), frame.minY()) && near(now.width(), frame.width()) &&
+           near(now.height(), frame.height());
+}
+
 WindowSnappingService::WindowSnappingService(WindowMover& windowMover,
                                              ScreenDetectionService& screenDetection,
                                              AccessibilityElement& accessibilityElement,
@@ -82,7 +105,8 @@ WindowSnappingService::WindowSnappingService(WindowMover& windowMover,
       logging_(logging),
       logger_(logging, "WindowSnappingService", LogCategory::windowPositioning()),
       willSnap_(std::move(willSnap)),
-      tracking_(std::make_shared<Tracking>()) {
+      tracking_(std::make_shared<Tracking>()),
+      snapMemory_(std::make_shared<SnapMemory>()) {
     const RunningApplication self = applications_.currentApplication();
     tracking_->ownBundleIdentifier = self.bundleIdentifier;
     tracking_->ownProcess = self.processIdentifier;
@@ -146,6 +170,7 @@ void WindowSnappingService::snapWindow(const RunningApplication& application,
 void WindowSnappingService::moveWindow(const RunningApplication& application, const Rect& frame,
                                        SnapCompletion completion) {
     constexpr std::string_view kErrorPrefix = "Error moving window for app: ";
+    startPress();
     const auto window = focusedWindow(application);
     if (!window) {
         fail(kErrorPrefix, std::string(description(WindowSnappingError::noFrontmostWindow)),
@@ -225,8 +250,13 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
     if (willSnap_) {
         willSnap_(placed.window);
     }
-    const auto calculated =
-        calculationService_.calculateWithScreen(action, TargetWindow{placed.frame}, placed.screen);
+    auto repeated = startPress();
+    if (repeated && repeated->isRepeatedBy(placed, action)) {
+        logger_.info([&] { return "Repeated " + action.description() + " press"; });
+    } else {
+        repeated.reset();
+    }
+    const auto calculated = calculateFrame(placed, action, repeated);
     if (!calculated) {
         const std::string message = "No frame calculated for " + action.description();
         logger_.info([&] { return message; });
@@ -240,16 +270,57 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
     const double spacing = defaults_.doubleValue(kLayoutSpacingKey).value_or(0);
     const Screen& screen = calculated->screen;
     const Rect target = insetByLayoutGap(calculated->rect, screen.visibleFrame, spacing);
-    std::string success = "Snapped " + windowName(placed.window) + " to " + action.description() +
-                          " on " + screen.description();
-    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(action), kMoveAttempts,
-                           action, spacing},
-         std::move(success), errorPrefix, std::move(completion));
+    // The size the window really gets, which a cycle may have advanced past the pressed action.
+    const WindowDirection& placedAction = calculated->resultingAction;
+    std::string success = "Snapped " + windowName(placed.window) + " to " +
+                          placedAction.description() + " on " + screen.description();
+    // The snap is remembered only once the window is verified where it was sent: a press after a
+    // failed move starts afresh.
+    SnapCompletion remember =
+        [memory = std::weak_ptr<SnapMemory>(snapMemory_), press = snapMemory_->presses,
+         snapped = CompletedSnap{placed.window, action, placedAction, {}},
+         completion = std::move(completion)](const SnapResult& result) mutable {
+            const auto shared = memory.lock();
+            if (result && shared && shared->presses == press) {
+                snapped.frame = result->frame;
+                shared->last = snapped;
+            }
+            if (completion) {
+                completion(result);
+            }
+        };
+    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(placedAction),
+                           kMoveAttempts, placedAction, spacing},
+         std::move(success), errorPrefix, std::move(remember));
+}
+
+std::optional<WindowSnappingService::CompletedSnap> WindowSnappingService::startPress() {
+    ++snapMemory_->presses;
+    return std::exchange(snapMemory_->last, std::nullopt);
+}
+
+std::optional<CalculatedFrame> WindowSnappingService::calculateFrame(
+    const PlacedWindow& placed, const WindowDirection& action,
+    const std::optional<CompletedSnap>& repeated) {
+    const TargetWindow window{placed.frame};
+    auto calculated = calculationService_.calculateWithScreen(
+        action, window, placed.screen, repeated.has_value(),
+        repeated ? std::optional(repeated->placedAction) : std::nullopt);
+    if (calculated && calculated->resultingSubAction) {
+        // The size cycle names the next size but leaves its frame to us, as a zero-sized one at
+        // the display's corner: the window takes that size's plain frame on the same display.
+        // The vertical halves have no cycle and so get their own frame again.
+        const WindowDirection next = calculated->resultingAction;
+        const Screen screen = calculated->screen;
+        calculated = calculationService_.calculateWithScreen(next, window, screen, false);
+    }
+    return calculated;
 }
 
 void WindowSnappingService::moveToNeighbourDisplay(bool forward, SnapCompletion completion) {
     const std::string_view errorPrefix = forward ? "Error moving window to next display: "
                                                  : "Error moving window to previous display: ";
+    startPress();
     const auto placed = placeTargetWindow();
     if (!placed) {
         fail(errorPrefix, placed.error(), completion);

@@ -10,6 +10,7 @@
 #include "foundation/expected.h"
 #include "foundation/preferences.h"
 #include "platform/applications.h"
+#include "windowing/window_calculation_service.h"
 #include "windowing/window_direction.h"
 #include "windowing/window_mover.h"
 
@@ -60,11 +61,24 @@ public:
 
 private:
     struct Tracking;
+    struct SnapMemory;
     // The window an entry point acts on, where it is, and the display holding it.
     struct PlacedWindow {
         AXElement window;
         Rect frame;
         Screen screen;
+    };
+    // A snap that ended with the window where it was sent, remembered to tell a repeated press of
+    // the same shortcut from a first one.
+    struct CompletedSnap {
+        AXElement window;
+        WindowDirection pressedAction;
+        // Where a size cycle stands: differs from the pressed action once the cycle advanced.
+        WindowDirection placedAction;
+        Rect frame;
+
+        // Same window, same action, and the window still where this snap put it.
+        bool isRepeatedBy(const PlacedWindow& placed, const WindowDirection& action) const;
     };
 
     // The application's focused window; none (the failure logged) when it has none.
@@ -75,6 +89,13 @@ private:
     Expected<PlacedWindow, std::string> placeTargetWindow();
     void snap(const PlacedWindow& placed, const WindowDirection& action,
               std::string_view errorPrefix, SnapCompletion completion);
+    // Starts a press of any kind: the snap before it stops being the last one, and an older
+    // press that completes late can no longer record itself. Returns that snap.
+    std::optional<CompletedSnap> startPress();
+    // The frame for a press; `repeated` is the snap it repeats, if any.
+    std::optional<CalculatedFrame> calculateFrame(const PlacedWindow& placed,
+                                                  const WindowDirection& action,
+                                                  const std::optional<CompletedSnap>& repeated);
     void moveToNeighbourDisplay(bool forward, SnapCompletion completion);
     // Hands the request to the mover; the completion logs the outcome.
     void move(WindowMoveRequest request, std::string successMessage, std::string_view errorPrefix,
@@ -94,6 +115,7 @@ private:
     DeferredLogger logger_;
     WillSnapHook willSnap_;
     std::shared_ptr<Tracking> tracking_;
+    std::shared_ptr<SnapMemory> snapMemory_;
     Registration workspaceObserver_;
 };
 

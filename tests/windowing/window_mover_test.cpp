@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop_fixture.h"
+#include "windowing/calculation_settings.h"
 
 namespace corvetta {
 namespace {
@@ -148,6 +149,8 @@ TEST_F(WindowMoverTest, BottomTargetFollowsADockThatHidesDuringTheMove) {
     auto spec = desktopSpec({{.number = 1, .frame = {0, 25, 600, 400}, .minSize = Size{600, 420}}});
     spec.displays[0].visibleFrame = {0, 70, 1440, 805};
     spec.dock = SimulatedDock{.display = 1, .size = 70, .intellihide = true};
+    // Recalculating is no new press: a repeated-press mode must not send the window elsewhere.
+    preferences.set(calculation_settings::kSubsequentExecutionSpace, 1);
     startDesktop(spec);
     auto bottom = request({0, 70, 1440, 402});
     bottom.isBottomAligned = true;

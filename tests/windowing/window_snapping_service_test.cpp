@@ -135,22 +135,127 @@ TEST_F(WindowSnappingServiceTest, EveryActionLandsOnItsFrameLessTheGap) {
     EXPECT_THAT(messages(), Contains("Snapping frontmost window to leftHalf"));
 }
 
-TEST_F(WindowSnappingServiceTest, RepeatedHalfPressTakesTheGapAndTheMoveToTheNextDisplay) {
+TEST_F(WindowSnappingServiceTest, FirstHalfPressIsPlainInEveryMode) {
+    const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
+    for (int mode : {0, 1, 2, 3, 4, 5, 7}) {
+        SCOPED_TRACE("mode " + std::to_string(mode));
+        preferences.set(keys::kSubsequentExecutionSpace, mode);
+        start(desktop({kPrimary, twin}));
+        ASSERT_TRUE(snap(Case::leftHalf));
+        EXPECT_EQ(frameOf(kNotes), Rect(0, 25, 500, 800));
+        EXPECT_THAT(messages(), Not(Contains(StartsWith("Repeated "))));
+    }
+}
+
+TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
     preferences.set(WindowSnappingService::kLayoutSpacingKey, 10.0);
-    preferences.set(keys::kSubsequentExecutionSpace, 1);
-    // Side by side; the second display's bottom lies 100 points higher, so a bottom-aligned move
-    // checked against the first display's visible frame would be pulled back there.
+    // The second display's bottom lies 100 points higher, so a bottom-aligned move checked against
+    // the first display's visible frame would be pulled back there.
     const SimulatedDisplay right{2, "Right", {1000, 100, 800, 600}, {1000, 100, 800, 600}};
-    const std::vector<std::tuple<WindowDirection, Rect>> rows = {
-        {Case::bottomHalf, {1000, 430, 800, 295}},
-        {Case::leftHalf, {1000, 125, 395, 600}},
+    const Rect left(0, 25, 495, 800);
+    const Rect leftOnRight(1000, 125, 395, 600);
+    const Rect leftTwoThirds(0, 25, 661, 800);
+    const Rect leftThird(0, 25, 328, 800);
+    struct Row {
+        int mode;
+        std::size_t displays;
+        Case action;
+        // The window's frame after each press.
+        std::vector<Rect> frames;
+        Case lastPlaced;
     };
-    for (const auto& [action, expected] : rows) {
-        SCOPED_TRACE(action.description());
-        start(desktop({kPrimary, right}));
-        ASSERT_TRUE(snap(action));
-        EXPECT_EQ(frameOf(kNotes), expected);
-        EXPECT_THAT(messages().back(), HasSubstr(" on " + screen(1).description()));
+    const std::vector<Row> rows = {
+        {0, 2, Case::leftHalf, {left, left}, Case::leftHalf},
+        {1, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
+        {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}, Case::bottomHalf},
+        {2, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
+        {2, 1, Case::leftHalf, {left, leftTwoThirds, leftThird, left}, Case::leftHalf},
+        {3,
+         2,
+         Case::leftHalf,
+         {left, leftTwoThirds, leftThird, left, leftTwoThirds},
+         Case::leftTwoThirds},
+        {3,
+         1,
+         Case::rightHalf,
+         {{505, 25, 495, 800}, {338, 25, 662, 800}, {671, 25, 329, 800}, {505, 25, 495, 800}},
+         Case::rightHalf},
+        // The vertical halves have no cycle: they stay put instead of shrinking to nothing.
+        {3, 1, Case::topHalf, {{0, 25, 1000, 395}, {0, 25, 1000, 395}}, Case::topHalf},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE("mode " + std::to_string(row.mode) + " " +
+                     WindowDirection(row.action).description() + " on " +
+                     std::to_string(row.displays));
+        preferences.set(keys::kSubsequentExecutionSpace, row.mode);
+        std::vector<SimulatedDisplay> displays = {kPrimary, right};
+        displays.resize(row.displays);
+        logbook.clear();
+        start(desktop(displays));
+        for (std::size_t press = 0; press < row.frames.size(); ++press) {
+            ASSERT_TRUE(snap(row.action)) << "press " << press + 1;
+            EXPECT_EQ(frameOf(kNotes), row.frames[press]) << "press " << press + 1;
+        }
+        const auto logged = messages();
+        EXPECT_EQ(std::count(logged.begin(), logged.end(),
+                             "Repeated " + WindowDirection(row.action).description() + " press"),
+                  static_cast<std::ptrdiff_t>(row.frames.size()) - 1);
+        EXPECT_THAT(logged.back(), StartsWith("Snapped \"Notes\" to " +
+                                              WindowDirection(row.lastPlaced).description()));
+    }
+}
+
+TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepetition) {
+    preferences.set(keys::kSubsequentExecutionSpace, 3);
+    const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
+    const Rect half(0, 25, 500, 800);
+    const Rect twoThirds(0, 25, 666, 800);
+    // Screen space, as the user would leave the window.
+    const auto setFrame = [&](WindowNumber window, Rect frame) {
+        ASSERT_TRUE(rig->services.accessibility.setFrame(*rig->sim.windowElement(window), frame));
+    };
+    struct Row {
+        std::string name;
+        std::function<void()> between;
+        WindowNumber pressedOn;
+        Rect expected;
+    };
+    const std::vector<Row> rows = {
+        {"untouched", [] {}, kNotes, twoThirds},
+        {"nudged by 2 points",
+         [&] {
+             setFrame(kNotes, {2, 2, 498, 798});
+         },
+         kNotes, twoThirds},
+        {"moved by hand",
+         [&] {
+             setFrame(kNotes, {3, 0, 500, 800});
+         },
+         kNotes, half},
+        {"another action", [&] { ASSERT_TRUE(snap(Case::rightHalf)); }, kNotes, half},
+        {"to the next display and back",
+         [&] {
+             ASSERT_TRUE(run([](auto& s, auto done) { s.moveFrontmostWindowToNextDisplay(done); }));
+             ASSERT_TRUE(
+                 run([](auto& s, auto done) { s.moveFrontmostWindowToPreviousDisplay(done); }));
+             ASSERT_EQ(frameOf(kNotes), half);
+         },
+         kNotes, half},
+        // The browser's window sits exactly where the editor's was snapped.
+        {"another window",
+         [&] {
+             setFrame(kDocs, {0, 0, 500, 800});
+             rig->sim.applicationsPort().activate(kBrowser);
+         },
+         kDocs, half},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        start(desktop({kPrimary, twin}));
+        ASSERT_TRUE(snap(Case::leftHalf));
+        row.between();
+        ASSERT_TRUE(snap(Case::leftHalf));
+        EXPECT_EQ(frameOf(row.pressedOn), row.expected);
     }
 }
 
