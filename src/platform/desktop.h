@@ -3,7 +3,9 @@
 #include <string>
 
 #include "platform/accessibility.h"
+#include "platform/alerts.h"
 #include "platform/applications.h"
+#include "platform/hot_keys.h"
 #include "platform/input_events.h"
 #include "platform/pointer.h"
 #include "platform/screen.h"
@@ -25,6 +27,8 @@ public:
     virtual ApplicationsPort& applicationsPort() = 0;
     virtual PointerPort& pointerPort() = 0;
     virtual EventMonitorPort& eventMonitorPort() = 0;
+    virtual AlertPort& alertPort() = 0;
+    virtual HotKeyPort& hotKeyPort() = 0;
 };
 
 }  // namespace corvetta

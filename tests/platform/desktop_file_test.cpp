@@ -71,6 +71,7 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
     document["installed"] = Json::parse(
         R"([{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser"}])");
     document["self"] = {{"pid", 7}};
+    document["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123, "modifiers": 786432}])");
 
     const auto spec = parseSimulatedDesktop(document.dump());
     ASSERT_TRUE(spec.has_value()) << spec.error().message();
@@ -92,6 +93,8 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
     EXPECT_EQ(spec->self.pid, 7);
     EXPECT_EQ(spec->self.name, "Corvetta");
     EXPECT_EQ(spec->self.activationPolicy, ActivationPolicy::accessory);
+    // Event flags in the file, the hot-key service's mask in the spec.
+    EXPECT_EQ(spec->reservedHotKeys, (std::vector<HotKeyCombination>{{123, 0x1800}}));
 }
 
 TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
@@ -175,6 +178,16 @@ TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
              d["mouseLocation"] = {1, 2, 3};
          },
          "mouseLocation", "expected [x, y]"},
+        {[](Json& d) { d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123}])"); },
+         "reservedHotKeys[0].modifiers", "required"},
+        {[](Json& d) {
+             d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123, "modifiers": 786688}])");
+         },
+         "reservedHotKeys[0].modifiers", "expected Shift (131072), Control (262144)"},
+        {[](Json& d) {
+             d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 65536, "modifiers": 0}])");
+         },
+         "reservedHotKeys[0].keyCode", "expected an integer"},
         {[](Json& d) { d = Json::array(); }, "", "expected an object"},
     };
     for (const auto& row : rows) {

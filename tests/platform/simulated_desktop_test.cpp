@@ -448,5 +448,42 @@ TEST_F(SimulatedDesktopTest, EventsReachTheMonitorsTheyMatch) {
     local.reset();
 }
 
+TEST_F(SimulatedDesktopTest, HotKeysTakeFreeCombinationsAndDeliverPressThenRelease) {
+    constexpr std::uint32_t kControlOption = CarbonModifier::kControl | CarbonModifier::kOption;
+    auto spec = twoDisplays();
+    spec.reservedHotKeys = {{123, kControlOption}};
+    start(std::move(spec));
+    auto& port = desktop->hotKeyPort();
+    std::vector<HotKeyEvent> events;
+    auto handler = port.installHotKeyHandler([&](const HotKeyEvent& e) { events.push_back(e); });
+
+    EXPECT_EQ(port.registerHotKey(1, {123, kControlOption}).error(),
+              HotKeyRegistrationError::combinationTaken);
+    desktop->hotKeys().reserveHotKey(1, CarbonModifier::kCommand);
+    EXPECT_FALSE(port.registerHotKey(1, {1, CarbonModifier::kCommand}).has_value());
+    EXPECT_TRUE(port.registerHotKey(7, {124, kControlOption}).has_value());
+    EXPECT_EQ(port.registerHotKey(7, {125, kControlOption}).error(),
+              HotKeyRegistrationError::idInUse);
+    EXPECT_EQ(port.registerHotKey(8, {124, kControlOption}).error(),
+              HotKeyRegistrationError::combinationTaken);
+
+    // Pressed with the event flags the user holds; extra bits such as the function key's are
+    // ignored, a missing modifier is not.
+    EXPECT_TRUE(desktop->hotKeys().pressHotKey(
+        124, ModifierFlag::kControl | ModifierFlag::kOption | 0x800000));
+    EXPECT_FALSE(desktop->hotKeys().pressHotKey(124, ModifierFlag::kControl));
+    EXPECT_EQ(events, (std::vector<HotKeyEvent>{{HotKeyEventKind::pressed, 7},
+                                                {HotKeyEventKind::released, 7}}));
+    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 1u);
+
+    port.unregisterHotKey(7);
+    EXPECT_FALSE(
+        desktop->hotKeys().pressHotKey(124, ModifierFlag::kControl | ModifierFlag::kOption));
+    EXPECT_EQ(desktop->hotKeys().installedHandlerCount(), 1u);
+    // The handler's registration may outlive the desktop.
+    desktop.reset();
+    handler.reset();
+}
+
 }  // namespace
 }  // namespace corvetta

@@ -165,7 +165,9 @@ struct SimulatedDesktop::State : sim::DesktopModel {
 };
 
 SimulatedDesktop::SimulatedDesktop(SimulatedDesktopSpec spec, MainQueue& queue)
-    : state_(std::make_shared<State>(std::move(spec), queue)) {}
+    : hotKeys_(spec.reservedHotKeys),
+      state_(std::make_shared<State>(std::move(spec), queue)),
+      alerts_(queue) {}
 
 SimulatedDesktop::~SimulatedDesktop() = default;
 

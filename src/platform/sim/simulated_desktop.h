@@ -9,7 +9,9 @@
 #include "foundation/main_queue.h"
 #include "platform/desktop.h"
 #include "platform/in_memory_screens.h"
+#include "platform/sim/simulated_alerts.h"
 #include "platform/sim/simulated_desktop_spec.h"
+#include "platform/sim/simulated_hot_keys.h"
 
 namespace corvetta {
 
@@ -38,6 +40,8 @@ public:
     ApplicationsPort& applicationsPort() override { return *this; }
     PointerPort& pointerPort() override { return *this; }
     EventMonitorPort& eventMonitorPort() override { return *this; }
+    AlertPort& alertPort() override { return alerts_; }
+    HotKeyPort& hotKeyPort() override { return hotKeys_; }
 
     // Changes made by tests and tools.
 
@@ -74,6 +78,10 @@ public:
     // The element for a window, as "AXWindows" would hand it out.
     std::optional<AXElement> windowElement(WindowNumber number) const;
     bool dockHidden() const;
+    // The alerts shown and the settings opened, and the user's answers to them.
+    SimulatedAlerts& alerts() { return alerts_; }
+    // The hot keys registered, presses of them, and combinations other applications hold.
+    SimulatedHotKeys& hotKeys() { return hotKeys_; }
 
     // The ports.
 
@@ -107,7 +115,10 @@ public:
 
 private:
     struct State;
+    // Before the state, which takes the spec.
+    SimulatedHotKeys hotKeys_;
     std::shared_ptr<State> state_;
+    SimulatedAlerts alerts_;
 };
 
 }  // namespace corvetta

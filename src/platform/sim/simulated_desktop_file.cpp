@@ -300,6 +300,24 @@ SimulatedDock readDock(const Json& value, const std::string& place) {
     return dock;
 }
 
+// A combination in the event-flag form records use; only the four modifiers may be set, so a
+// mistyped mask is caught rather than silently narrowed.
+HotKeyCombination readReservedHotKey(const Json& value, const std::string& place) {
+    const ObjectReader reader(value, place, {"keyCode", "modifiers"});
+    const auto keyCode = integer(reader.required("keyCode"), reader.placeOf("keyCode"), 0,
+                                 std::numeric_limits<std::uint16_t>::max());
+    const auto modifiers = integer(reader.required("modifiers"), reader.placeOf("modifiers"), 0,
+                                   std::numeric_limits<std::int64_t>::max());
+    if (eventFlagsFromCarbonModifiers(carbonModifiersFromEventFlags(
+            static_cast<std::uint64_t>(modifiers))) != static_cast<std::uint64_t>(modifiers)) {
+        refuse(reader.placeOf("modifiers"),
+               "expected Shift (131072), Control (262144), Option (524288) or Command (1048576) "
+               "bits only");
+    }
+    return {static_cast<std::uint32_t>(keyCode),
+            carbonModifiersFromEventFlags(static_cast<std::uint64_t>(modifiers))};
+}
+
 // Identifiers that must be unique across the file, each reported where it repeats.
 class UniqueCheck {
 public:
@@ -331,9 +349,10 @@ void checkApplications(const std::vector<SimulatedApplication>& applications,
 }
 
 SimulatedDesktopSpec readDesktop(const Json& document) {
-    const ObjectReader reader(document, "",
-                              {"displays", "applications", "frontmost", "dock",
-                               "accessibilityTrusted", "mouseLocation", "installed", "self"});
+    const ObjectReader reader(
+        document, "",
+        {"displays", "applications", "frontmost", "dock", "accessibilityTrusted", "mouseLocation",
+         "installed", "self", "reservedHotKeys"});
     SimulatedDesktopSpec spec;
 
     const auto displays = reader.elements("displays");
@@ -392,6 +411,9 @@ SimulatedDesktopSpec readDesktop(const Json& document) {
     if (const auto* mouse = reader.find("mouseLocation")) {
         const auto [x, y] = pair(*mouse, "mouseLocation", "[x, y]");
         spec.mouseLocation = {x, y};
+    }
+    for (const auto& [hotKey, place] : reader.elements("reservedHotKeys")) {
+        spec.reservedHotKeys.push_back(readReservedHotKey(*hotKey, place));
     }
     return spec;
 }

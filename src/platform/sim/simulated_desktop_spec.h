@@ -7,6 +7,7 @@
 #include "foundation/clock.h"
 #include "foundation/geometry.h"
 #include "platform/applications.h"
+#include "platform/hot_keys.h"
 #include "platform/screen.h"
 #include "platform/window_list.h"
 
@@ -88,6 +89,8 @@ struct SimulatedDesktopSpec {
     Point mouseLocation;
     // Applications that are installed but not running; launching one starts it with its windows.
     std::vector<SimulatedApplication> installed;
+    // Combinations other applications hold; registering one fails.
+    std::vector<HotKeyCombination> reservedHotKeys;
     // This program as the simulated workspace sees it: an accessory application without windows.
     SimulatedApplication self{
         1, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false, false, {}};

@@ -1,0 +1,136 @@
+#include "foundation/manual_queue.h"
+#include "platform/sim/simulated_desktop.h"
+#include "shortcut_fixture.h"
+
+namespace corvetta {
+namespace {
+
+using testing_support::kControlOption;
+
+constexpr std::uint16_t kLeftArrow = 123;
+constexpr std::uint16_t kRightArrow = 124;
+
+SimulatedDesktopSpec oneDisplay() {
+    SimulatedDesktopSpec spec;
+    spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
+    return spec;
+}
+
+// The layers over the simulated desktop's hot-key service.
+class HotKeysTest : public testing_support::ShortcutTest {
+protected:
+    void SetUp() override {
+        services.reset();
+        services = std::make_unique<ShortcutServices>(desktop.hotKeyPort(), defaults, notifications,
+                                                      logging);
+    }
+    void TearDown() override { services.reset(); }
+
+    SimulatedHotKeys& system() { return desktop.hotKeys(); }
+    void registerCounting(const std::string& name) {
+        s().bridge.registerShortcut(name, [this, name] { presses.push_back(name); });
+    }
+
+    ManualClock desktopClock;
+    ManualQueue queue{desktopClock};
+    SimulatedDesktop desktop{oneDisplay(), queue};
+    std::vector<std::string> presses;
+};
+
+TEST_F(HotKeysTest, PressesReachTheNamesHandlerThroughOneEventHandler) {
+    for (const auto& name : {"leftHalf", "rightHalf", "topThird"}) {
+        registerCounting(name);
+    }
+    // The arrow keys carry the numeric-pad and function bits; hot keys ignore them.
+    EXPECT_TRUE(system().pressHotKey(kLeftArrow, kControlOption | 0xA00000));
+    EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
+    EXPECT_FALSE(system().pressHotKey(kRightArrow, ModifierFlag::kControl));
+    EXPECT_EQ(presses, (std::vector<std::string>{"leftHalf", "rightHalf"}));
+    // topThird has no combination and is not registered, but keeps its handler for later.
+    EXPECT_EQ(system().registeredHotKeys().size(), 2u);
+    EXPECT_EQ(system().installedHandlerCount(), 1u);
+    EXPECT_FALSE(s().bridge.isShortcutRegistered("topThird"));
+
+    s().bridge.setShortcut("topThird", Shortcut{17, kControlOption});
+    EXPECT_TRUE(system().pressHotKey(17, kControlOption));
+    EXPECT_EQ(presses.back(), "topThird");
+    EXPECT_EQ(system().installedHandlerCount(), 1u);
+}
+
+TEST_F(HotKeysTest, EveryCombinationGetsTheNextIdAndFollowsChanges) {
+    registerCounting("leftHalf");
+    registerCounting("rightHalf");
+    EXPECT_EQ(system().registeredHotKeys(),
+              (std::map<HotKeyId, HotKeyCombination>{{1, {kLeftArrow, 0x1800}},
+                                                     {2, {kRightArrow, 0x1800}}}));
+    s().bridge.setShortcut("leftHalf", Shortcut{0, ModifierFlag::kCommand});
+    EXPECT_EQ(system().registeredHotKeys(),
+              (std::map<HotKeyId, HotKeyCombination>{{2, {kRightArrow, 0x1800}},
+                                                     {3, {0, CarbonModifier::kCommand}}}));
+    EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
+    EXPECT_TRUE(system().pressHotKey(0, ModifierFlag::kCommand));
+    EXPECT_EQ(presses, (std::vector<std::string>{"leftHalf"}));
+}
+
+TEST_F(HotKeysTest, TakenCombinationIsLoggedAndTheOthersStillWork) {
+    system().reserveHotKey(kLeftArrow, CarbonModifier::kControl | CarbonModifier::kOption);
+    for (const auto& name : {"leftHalf", "rightHalf"}) {
+        registerCounting(name);
+    }
+    EXPECT_TRUE(wasLogged(
+        "Failed to register hot key for 'leftHalf' (⌃⌥←): The key combination is already in use"));
+    EXPECT_FALSE(s().bridge.isShortcutRegistered("leftHalf"));
+    EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
+    EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
+    EXPECT_EQ(presses, (std::vector<std::string>{"rightHalf"}));
+}
+
+TEST_F(HotKeysTest, UnregisteringAndDisablingStopDispatch) {
+    registerCounting("leftHalf");
+    registerCounting("rightHalf");
+    s().bridge.unregisterShortcut("leftHalf");
+    EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
+
+    s().keyboardShortcuts.setEnabled(false);
+    EXPECT_TRUE(system().registeredHotKeys().empty());
+    s().keyboardShortcuts.setEnabled(true);
+    EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
+
+    logbook.clear();
+    s().bridge.unregisterAllShortcuts();
+    EXPECT_TRUE(system().registeredHotKeys().empty());
+    EXPECT_FALSE(system().pressHotKey(kRightArrow, kControlOption));
+    EXPECT_EQ(presses, (std::vector<std::string>{"rightHalf"}));
+    EXPECT_EQ(
+        logged("KeyboardShortcutsBridge"),
+        (std::vector<std::string>{"Unregistering all shortcuts", "All shortcuts unregistered"}));
+}
+
+TEST_F(HotKeysTest, LegacyManagerRegistersThroughTheSameLayer) {
+    auto& manager = s().shortcutManager;
+    manager.registerShortcut("leftHalf", [this] { presses.push_back("legacy leftHalf"); });
+    manager.registerShortcut("topThird", [] {});  // nothing stored, no default
+    EXPECT_TRUE(system().pressHotKey(kLeftArrow, kControlOption));
+    manager.unregisterAllShortcuts();
+    EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
+    EXPECT_EQ(presses, (std::vector<std::string>{"legacy leftHalf"}));
+    EXPECT_EQ(logged("MASShortcutManager"),
+              (std::vector<std::string>{
+                  "Registering shortcut for 'leftHalf' - Key code: 123, Modifiers: 786432",
+                  "No shortcut for 'topThird', not registering",
+                  "Unregistering shortcut for 'leftHalf'",
+              }));
+}
+
+TEST_F(HotKeysTest, HandlerMayUnregisterItselfWhilePressed) {
+    s().bridge.registerShortcut("leftHalf", [this] {
+        presses.push_back("leftHalf");
+        s().bridge.unregisterShortcut("leftHalf");
+    });
+    EXPECT_TRUE(system().pressHotKey(kLeftArrow, kControlOption));
+    EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
+    EXPECT_EQ(presses.size(), 1u);
+}
+
+}  // namespace
+}  // namespace corvetta
