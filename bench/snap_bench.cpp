@@ -17,9 +17,9 @@
 namespace corvetta {
 namespace {
 
-SimulatedDesktopSpec twoDisplays() {
-    SimulatedDesktopSpec spec;
-    spec.displays = {
+SimulatedDesktopSetup twoDisplays() {
+    SimulatedDesktopSetup setup;
+    setup.displays = {
         {1, "Built-in", Rect(0, 0, 1440, 900), Rect(0, 0, 1440, 875), 2, true},
         {2, "External", Rect(1440, 0, 2560, 1440), Rect(1440, 0, 2560, 1415), 1, false}};
     SimulatedApplication editor{101, "com.example.editor", "Editor"};
@@ -27,9 +27,9 @@ SimulatedDesktopSpec twoDisplays() {
                               .title = "main.cpp",
                               .frame = Rect(100, 100, 800, 600),
                               .minSize = Size{300, 200}});
-    spec.applications.push_back(editor);
-    spec.frontmost = 101;
-    return spec;
+    setup.applications.push_back(editor);
+    setup.frontmost = 101;
+    return setup;
 }
 
 void BM_SnapThroughTheMover(benchmark::State& state) {

@@ -10,15 +10,15 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace corvetta;
-    const auto spec =
+    const auto setup =
         parseSimulatedDesktop(std::string_view(reinterpret_cast<const char*>(data), size));
-    if (!spec) {
-        (void)spec.error().message();
+    if (!setup) {
+        (void)setup.error().message();
         return 0;
     }
     ManualClock clock;
     ManualQueue queue(clock);
-    SimulatedDesktop desktop(*spec, queue);
+    SimulatedDesktop desktop(*setup, queue);
     auto& ax = desktop.accessibilityPort();
     for (const auto& entry : desktop.windowListPort().onScreenWindows()) {
         const AXElement window(entry.ownerPid, entry.number);

@@ -7,11 +7,11 @@ namespace corvetta {
 
 Expected<std::unique_ptr<Desktop>, std::string> openDesktop(const DesktopChoice& choice,
                                                             MainQueue& queue) {
-    auto spec = loadSimulatedDesktop(choice.file);
-    if (!spec) {
-        return unexpected("desktop file " + choice.file.string() + ": " + spec.error().message());
+    auto setup = loadSimulatedDesktop(choice.file);
+    if (!setup) {
+        return unexpected("desktop file " + choice.file.string() + ": " + setup.error().message());
     }
-    return std::unique_ptr<Desktop>(std::make_unique<SimulatedDesktop>(std::move(*spec), queue));
+    return std::unique_ptr<Desktop>(std::make_unique<SimulatedDesktop>(std::move(*setup), queue));
 }
 
 std::string describeDesktop(Desktop& desktop, const DesktopChoice& choice) {

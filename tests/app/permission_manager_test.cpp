@@ -24,11 +24,11 @@ using ::testing::IsEmpty;
 
 const std::string kDiagnostic = "🔍 PERMISSION DIAGNOSTIC: ";
 
-SimulatedDesktopSpec desktopSpec() {
-    SimulatedDesktopSpec spec;
-    spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
-    spec.accessibilityTrusted = false;
-    return spec;
+SimulatedDesktopSetup desktopSetup() {
+    SimulatedDesktopSetup setup;
+    setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
+    setup.accessibilityTrusted = false;
+    return setup;
 }
 
 class PermissionManagerTest : public ::testing::Test {
@@ -70,7 +70,7 @@ protected:
     ManualQueue queue{clock};
     Logbook logbook{loggingPreferences, notifications, clock, nullptr};
     LoggingService logging{loggingPreferences, logbook};
-    SimulatedDesktop desktop{desktopSpec(), queue};
+    SimulatedDesktop desktop{desktopSetup(), queue};
     SimulatedAlerts& alerts = desktop.alerts();
     std::vector<bool> posted;
     ObserverToken observer = notifications.addObserver(
@@ -182,7 +182,7 @@ TEST_F(PermissionManagerTest, AlertAsksForAccessAndOpensSettingsOnlyWhenChosen) 
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.lastMessage);
-        SimulatedDesktop fresh(desktopSpec(), queue);
+        SimulatedDesktop fresh(desktopSetup(), queue);
         auto& freshAlerts = fresh.alerts();
         freshAlerts.setAccessibilitySettingsAvailable(c.settingsAvailable);
         PermissionManager asking(fresh.accessibilityPort(), fresh.alertPort(), preferences,

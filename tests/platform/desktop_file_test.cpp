@@ -24,22 +24,22 @@ Json example() {
 }
 
 TEST(DesktopFileTest, TheDocumentedExampleLoadsWithItsDefaults) {
-    const auto spec = parseSimulatedDesktop(kExample);
-    ASSERT_TRUE(spec.has_value()) << spec.error().message();
-    ASSERT_EQ(spec->displays.size(), 1u);
-    EXPECT_EQ(spec->displays[0].visibleFrame, Rect(0, 0, 1440, 875));
-    EXPECT_EQ(spec->displays[0].scale, 2);
-    EXPECT_TRUE(spec->displays[0].builtin);
-    ASSERT_EQ(spec->applications.size(), 1u);
-    const auto& window = spec->applications[0].windows.at(0);
+    const auto setup = parseSimulatedDesktop(kExample);
+    ASSERT_TRUE(setup.has_value()) << setup.error().message();
+    ASSERT_EQ(setup->displays.size(), 1u);
+    EXPECT_EQ(setup->displays[0].visibleFrame, Rect(0, 0, 1440, 875));
+    EXPECT_EQ(setup->displays[0].scale, 2);
+    EXPECT_TRUE(setup->displays[0].builtin);
+    ASSERT_EQ(setup->applications.size(), 1u);
+    const auto& window = setup->applications[0].windows.at(0);
     EXPECT_EQ(window.frame, Rect(100, 100, 800, 600));
     EXPECT_EQ(window.minSize, (Size{300, 200}));
     EXPECT_TRUE(window.movable && window.resizable && !window.minimized);
     EXPECT_EQ(window.subrole, "AXStandardWindow");
-    EXPECT_EQ(spec->frontmost, 101);
-    EXPECT_TRUE(spec->accessibilityTrusted);
-    EXPECT_FALSE(spec->dock.has_value());
-    EXPECT_EQ(spec->self.bundleIdentifier, "com.corvetta.Corvetta");
+    EXPECT_EQ(setup->frontmost, 101);
+    EXPECT_TRUE(setup->accessibilityTrusted);
+    EXPECT_FALSE(setup->dock.has_value());
+    EXPECT_EQ(setup->self.bundleIdentifier, "com.corvetta.Corvetta");
 
     auto bare = example();
     bare["displays"][0] = Json{{"id", 4}, {"frame", {0, 0, 800, 600}}};
@@ -73,28 +73,28 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
     document["self"] = {{"pid", 7}};
     document["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123, "modifiers": 786432}])");
 
-    const auto spec = parseSimulatedDesktop(document.dump());
-    ASSERT_TRUE(spec.has_value()) << spec.error().message();
-    const auto& w = spec->applications[0].windows[0];
+    const auto setup = parseSimulatedDesktop(document.dump());
+    ASSERT_TRUE(setup.has_value()) << setup.error().message();
+    const auto& w = setup->applications[0].windows[0];
     EXPECT_EQ(w.maxSize, (Size{1000, 900}));
     EXPECT_EQ(w.resizeIncrements, (Size{7, 14}));
     EXPECT_EQ(w.applyDelay, 250ms);
     EXPECT_TRUE(!w.movable && !w.resizable && w.minimized && w.layer == 3);
     EXPECT_EQ(w.subrole, "AXDialog");
-    const auto& a = spec->applications[0];
+    const auto& a = setup->applications[0];
     EXPECT_TRUE(a.activationPolicy == ActivationPolicy::accessory && a.hidden && a.unresponsive);
-    ASSERT_TRUE(spec->dock.has_value());
-    EXPECT_TRUE(spec->dock->edge == DockEdge::left && spec->dock->size == 60 &&
-                spec->dock->intellihide && !spec->dock->hidden);
-    EXPECT_FALSE(spec->accessibilityTrusted);
-    EXPECT_EQ(spec->mouseLocation, (Point{10, 20}));
-    EXPECT_EQ(spec->installed.at(0).name, "Browser");
+    ASSERT_TRUE(setup->dock.has_value());
+    EXPECT_TRUE(setup->dock->edge == DockEdge::left && setup->dock->size == 60 &&
+                setup->dock->intellihide && !setup->dock->hidden);
+    EXPECT_FALSE(setup->accessibilityTrusted);
+    EXPECT_EQ(setup->mouseLocation, (Point{10, 20}));
+    EXPECT_EQ(setup->installed.at(0).name, "Browser");
     // This program's entry keeps what the file leaves out.
-    EXPECT_EQ(spec->self.pid, 7);
-    EXPECT_EQ(spec->self.name, "Corvetta");
-    EXPECT_EQ(spec->self.activationPolicy, ActivationPolicy::accessory);
-    // Event flags in the file, the hot-key service's mask in the spec.
-    EXPECT_EQ(spec->reservedHotKeys, (std::vector<HotKeyCombination>{{123, 0x1800}}));
+    EXPECT_EQ(setup->self.pid, 7);
+    EXPECT_EQ(setup->self.name, "Corvetta");
+    EXPECT_EQ(setup->self.activationPolicy, ActivationPolicy::accessory);
+    // Event flags in the file, the hot-key service's mask in the setup.
+    EXPECT_EQ(setup->reservedHotKeys, (std::vector<HotKeyCombination>{{123, 0x1800}}));
 }
 
 TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
@@ -194,10 +194,10 @@ TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
         auto document = example();
         row.edit(document);
         SCOPED_TRACE(document.dump());
-        const auto spec = parseSimulatedDesktop(document.dump());
-        ASSERT_FALSE(spec.has_value());
-        EXPECT_EQ(spec.error().place, row.place);
-        EXPECT_EQ(spec.error().problem.rfind(row.problem, 0), 0u) << spec.error().problem;
+        const auto setup = parseSimulatedDesktop(document.dump());
+        ASSERT_FALSE(setup.has_value());
+        EXPECT_EQ(setup.error().place, row.place);
+        EXPECT_EQ(setup.error().problem.rfind(row.problem, 0), 0u) << setup.error().problem;
     }
 }
 
@@ -219,12 +219,12 @@ TEST(DesktopFileTest, TextThatIsNotJsonOrAFileThatIsMissing) {
 }
 
 TEST(DesktopFileTest, TheDemoDesktopLoadsAndRuns) {
-    const auto spec = loadSimulatedDesktop(std::filesystem::path(CORVETTA_SOURCE_DIR) / "examples" /
-                                           "desktops" / "two-displays.json");
-    ASSERT_TRUE(spec.has_value()) << spec.error().message();
+    const auto setup = loadSimulatedDesktop(std::filesystem::path(CORVETTA_SOURCE_DIR) /
+                                            "examples" / "desktops" / "two-displays.json");
+    ASSERT_TRUE(setup.has_value()) << setup.error().message();
     ManualClock clock;
     ManualQueue queue(clock);
-    SimulatedDesktop desktop(*spec, queue);
+    SimulatedDesktop desktop(*setup, queue);
     EXPECT_EQ(desktop.screenPort().screens().size(), 2u);
     EXPECT_EQ(desktop.windowListPort().onScreenWindows().front().number, 11u);
     EXPECT_TRUE(desktop.applicationsPort().canLaunchApplication("com.example.browser"));

@@ -11,14 +11,14 @@ using namespace std::chrono_literals;
 
 // Two displays side by side; the Dock takes 50 points at the bottom of the first. Editor (101) is
 // in front with windows 11 and 12; Terminal (202) has one window per display; Browser is installed.
-SimulatedDesktopSpec twoDisplays() {
-    SimulatedDesktopSpec spec;
-    spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 50, 1440, 825}, 2, true},
-                     {2, "Wide", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1055}, 1, false}};
+SimulatedDesktopSetup twoDisplays() {
+    SimulatedDesktopSetup setup;
+    setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 50, 1440, 825}, 2, true},
+                      {2, "Wide", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1055}, 1, false}};
     SimulatedWindow main{.number = 11, .title = "main.cpp", .frame = {100, 100, 800, 600}};
     main.minSize = Size{300, 200};
     SimulatedWindow notes{.number = 12, .title = "notes", .frame = {200, 150, 600, 400}};
-    spec.applications = {
+    setup.applications = {
         {101,
          "com.example.editor",
          "Editor",
@@ -36,24 +36,24 @@ SimulatedDesktopSpec twoDisplays() {
           {.number = 22, .title = "logs", .frame = {1600, 100, 600, 400}}}},
         {303, "com.example.agent", "Agent", ActivationPolicy::prohibited, false, false, {}},
     };
-    spec.installed = {{404,
-                       "com.example.browser",
-                       "Browser",
-                       ActivationPolicy::regular,
-                       false,
-                       false,
-                       {{.number = 41, .title = "Start", .frame = {0, 30, 1000, 700}}}}};
-    spec.frontmost = 101;
-    spec.dock = SimulatedDock{1, DockEdge::bottom, 50, false, false};
-    return spec;
+    setup.installed = {{404,
+                        "com.example.browser",
+                        "Browser",
+                        ActivationPolicy::regular,
+                        false,
+                        false,
+                        {{.number = 41, .title = "Start", .frame = {0, 30, 1000, 700}}}}};
+    setup.frontmost = 101;
+    setup.dock = SimulatedDock{1, DockEdge::bottom, 50, false, false};
+    return setup;
 }
 
 class SimulatedDesktopTest : public ::testing::Test {
 protected:
     SimulatedDesktopTest() { start(twoDisplays()); }
 
-    void start(SimulatedDesktopSpec spec) {
-        desktop = std::make_unique<SimulatedDesktop>(std::move(spec), queue);
+    void start(SimulatedDesktopSetup setup) {
+        desktop = std::make_unique<SimulatedDesktop>(std::move(setup), queue);
         screenChanges =
             desktop->screenPort().observeScreenParameters([this] { ++screenChangeCount; });
         activations = desktop->applicationsPort().observeDidActivateApplication(
@@ -392,10 +392,10 @@ TEST_F(SimulatedDesktopTest, HiddenDockGivesItsEdgeToTheVisibleFrame) {
         {DockEdge::right, 60, {0, 0, 1380, 875}, {0, 0, 1440, 875}},
     };
     for (const auto& row : rows) {
-        auto spec = twoDisplays();
-        spec.displays[0].visibleFrame = row.shown;
-        spec.dock = SimulatedDock{1, row.edge, row.size};
-        start(std::move(spec));
+        auto setup = twoDisplays();
+        setup.displays[0].visibleFrame = row.shown;
+        setup.dock = SimulatedDock{1, row.edge, row.size};
+        start(std::move(setup));
         screenChangeCount = 0;
         desktop->setDockHidden(true);
         desktop->setDockHidden(true);
@@ -408,9 +408,9 @@ TEST_F(SimulatedDesktopTest, HiddenDockGivesItsEdgeToTheVisibleFrame) {
 }
 
 TEST_F(SimulatedDesktopTest, IntelligentDockHidesWhileAWindowCoversIt) {
-    auto spec = twoDisplays();
-    spec.dock->intellihide = true;
-    start(std::move(spec));
+    auto setup = twoDisplays();
+    setup.dock->intellihide = true;
+    start(std::move(setup));
     // The Dock's strip is y 850 to 900 in accessibility space; touching it is not covering it.
     ASSERT_EQ(write(21, AXAttribute::kPosition, Point{50, 650}, 202), AXErrorCode::success);
     EXPECT_FALSE(desktop->dockHidden());
@@ -450,9 +450,9 @@ TEST_F(SimulatedDesktopTest, EventsReachTheMonitorsTheyMatch) {
 
 TEST_F(SimulatedDesktopTest, HotKeysTakeFreeCombinationsAndDeliverPressThenRelease) {
     constexpr std::uint32_t kControlOption = CarbonModifier::kControl | CarbonModifier::kOption;
-    auto spec = twoDisplays();
-    spec.reservedHotKeys = {{123, kControlOption}};
-    start(std::move(spec));
+    auto setup = twoDisplays();
+    setup.reservedHotKeys = {{123, kControlOption}};
+    start(std::move(setup));
     auto& port = desktop->hotKeyPort();
     std::vector<HotKeyEvent> events;
     auto handler = port.installHotKeyHandler([&](const HotKeyEvent& e) { events.push_back(e); });

@@ -10,10 +10,10 @@ using testing_support::kControlOption;
 constexpr std::uint16_t kLeftArrow = 123;
 constexpr std::uint16_t kRightArrow = 124;
 
-SimulatedDesktopSpec oneDisplay() {
-    SimulatedDesktopSpec spec;
-    spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
-    return spec;
+SimulatedDesktopSetup oneDisplay() {
+    SimulatedDesktopSetup setup;
+    setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
+    return setup;
 }
 
 // The layers over the simulated desktop's hot-key service.

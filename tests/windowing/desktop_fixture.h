@@ -43,31 +43,31 @@ protected:
     static constexpr Rect kPrimaryVisible{0, 0, 1440, 875};
     static constexpr Rect kSecondaryFrame{1440, -300, 1920, 1080};
 
-    static SimulatedDesktopSpec desktopSpec(std::vector<SimulatedWindow> editorWindows) {
-        SimulatedDesktopSpec spec;
-        spec.displays = {{1, "Built-in", {0, 0, 1440, 900}, kPrimaryVisible, 2, true},
-                         {2, "External", kSecondaryFrame, kSecondaryFrame, 1, false}};
-        spec.applications = {{kEditor, "com.example.editor", "Editor", ActivationPolicy::regular,
-                              false, false, std::move(editorWindows)},
-                             {kFrozen,
-                              "com.example.frozen",
-                              "Frozen",
-                              ActivationPolicy::regular,
-                              false,
-                              true,
-                              {{.number = kFrozenWindow, .frame = {0, 25, 200, 200}}}}};
-        spec.frontmost = kEditor;
-        return spec;
+    static SimulatedDesktopSetup desktopSetup(std::vector<SimulatedWindow> editorWindows) {
+        SimulatedDesktopSetup setup;
+        setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, kPrimaryVisible, 2, true},
+                          {2, "External", kSecondaryFrame, kSecondaryFrame, 1, false}};
+        setup.applications = {{kEditor, "com.example.editor", "Editor", ActivationPolicy::regular,
+                               false, false, std::move(editorWindows)},
+                              {kFrozen,
+                               "com.example.frozen",
+                               "Frozen",
+                               ActivationPolicy::regular,
+                               false,
+                               true,
+                               {{.number = kFrozenWindow, .frame = {0, 25, 200, 200}}}}};
+        setup.frontmost = kEditor;
+        return setup;
     }
 
     // A fresh desktop and fresh services; earlier ones are dropped first.
-    void startDesktop(SimulatedDesktopSpec spec) {
+    void startDesktop(SimulatedDesktopSetup setup) {
         services.reset();
-        desktop = std::make_unique<SimulatedDesktop>(std::move(spec), queue);
+        desktop = std::make_unique<SimulatedDesktop>(std::move(setup), queue);
         services = std::make_unique<DesktopServices>(*desktop, queue, preferences, logging);
     }
     void startDesktop(std::vector<SimulatedWindow> editorWindows) {
-        startDesktop(desktopSpec(std::move(editorWindows)));
+        startDesktop(desktopSetup(std::move(editorWindows)));
     }
 
     AXElement element(WindowNumber number) const { return desktop->windowElement(number).value(); }

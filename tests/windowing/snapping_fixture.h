@@ -13,9 +13,9 @@ namespace corvetta::testing_support {
 
 // Every service a snap passes through, real ones all, over a simulated desktop.
 struct SnappingRig {
-    SnappingRig(SimulatedDesktopSpec spec, ManualQueue& queue, const Preferences& defaults,
+    SnappingRig(SimulatedDesktopSetup setup, ManualQueue& queue, const Preferences& defaults,
                 LoggingService& logging, WillSnapHook willSnap)
-        : sim(std::move(spec), queue),
+        : sim(std::move(setup), queue),
           services(sim, queue, defaults, logging),
           service(services.mover, services.screenDetection, services.accessibility,
                   services.calculation, sim.applicationsPort(), defaults, logging,
@@ -29,9 +29,9 @@ struct SnappingRig {
 class SnappingTest : public WindowingTest {
 protected:
     // Settings the calculations read when built must be stored before this.
-    SnappingRig& start(SimulatedDesktopSpec spec, WillSnapHook willSnap = {}) {
+    SnappingRig& start(SimulatedDesktopSetup setup, WillSnapHook willSnap = {}) {
         rig.reset();
-        rig = std::make_unique<SnappingRig>(std::move(spec), queue, preferences, logging,
+        rig = std::make_unique<SnappingRig>(std::move(setup), queue, preferences, logging,
                                             std::move(willSnap));
         return *rig;
     }

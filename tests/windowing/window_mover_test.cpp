@@ -146,12 +146,13 @@ TEST_F(WindowMoverTest, ToleranceGrowsWithTheAttemptOffThePrimaryDisplayAndInYFo
 
 TEST_F(WindowMoverTest, BottomTargetFollowsADockThatHidesDuringTheMove) {
     // The Dock hides while a window overlaps it; the window's minimum height makes it overlap.
-    auto spec = desktopSpec({{.number = 1, .frame = {0, 25, 600, 400}, .minSize = Size{600, 420}}});
-    spec.displays[0].visibleFrame = {0, 70, 1440, 805};
-    spec.dock = SimulatedDock{.display = 1, .size = 70, .intellihide = true};
+    auto setup =
+        desktopSetup({{.number = 1, .frame = {0, 25, 600, 400}, .minSize = Size{600, 420}}});
+    setup.displays[0].visibleFrame = {0, 70, 1440, 805};
+    setup.dock = SimulatedDock{.display = 1, .size = 70, .intellihide = true};
     // Recalculating is no new press: a repeated-press mode must not send the window elsewhere.
     preferences.set(calculation_settings::kSubsequentExecutionSpace, 1);
-    startDesktop(spec);
+    startDesktop(setup);
     auto bottom = request({0, 70, 1440, 402});
     bottom.isBottomAligned = true;
     bottom.action = WindowDirection::Case::bottomHalf;
@@ -170,7 +171,7 @@ TEST_F(WindowMoverTest, BottomTargetFollowsADockThatHidesDuringTheMove) {
 
     // A target that is not bottom-aligned is only noted.
     logbook.clear();
-    startDesktop(spec);
+    startDesktop(setup);
     const auto kept = move(request({0, 50, 700, 430}));
     ASSERT_TRUE(kept);
     EXPECT_EQ(kept->frame, Rect(0, 50, 700, 430));

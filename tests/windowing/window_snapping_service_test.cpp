@@ -53,15 +53,15 @@ SimulatedWindow window(WindowNumber number, const std::string& title, Rect frame
 
 // The editor is in front with one window, the browser behind it, and an idle application
 // without windows.
-SimulatedDesktopSpec desktop(std::vector<SimulatedDisplay> displays = {kPrimary},
-                             ProcessId frontmost = kEditor) {
-    SimulatedDesktopSpec spec;
-    spec.displays = std::move(displays);
-    spec.applications = {application(kEditor, "editor", {window(kNotes, "Notes", kNotesFrame)}),
-                         application(kBrowser, "browser", {window(kDocs, "Docs", kDocsFrame)}),
-                         application(kIdle, "idle", {})};
-    spec.frontmost = frontmost;
-    return spec;
+SimulatedDesktopSetup desktop(std::vector<SimulatedDisplay> displays = {kPrimary},
+                              ProcessId frontmost = kEditor) {
+    SimulatedDesktopSetup setup;
+    setup.displays = std::move(displays);
+    setup.applications = {application(kEditor, "editor", {window(kNotes, "Notes", kNotesFrame)}),
+                          application(kBrowser, "browser", {window(kDocs, "Docs", kDocsFrame)}),
+                          application(kIdle, "idle", {})};
+    setup.frontmost = frontmost;
+    return setup;
 }
 
 class WindowSnappingServiceTest : public testing_support::SnappingTest {
@@ -281,9 +281,9 @@ TEST_F(WindowSnappingServiceTest, NextAndPreviousDisplayScaleTheFrameAndWrapArou
     };
     for (const auto& [from, forward, expected] : rows) {
         SCOPED_TRACE(::testing::PrintToString(from) + (forward ? " next" : " previous"));
-        auto spec = desktop(three);
-        spec.applications[0].windows[0].frame = from;
-        start(std::move(spec));
+        auto setup = desktop(three);
+        setup.applications[0].windows[0].frame = from;
+        start(std::move(setup));
         const auto result = run([&](auto& service, auto done) {
             forward ? service.moveFrontmostWindowToNextDisplay(done)
                     : service.moveFrontmostWindowToPreviousDisplay(done);
@@ -402,9 +402,9 @@ TEST_F(WindowSnappingServiceTest, MoverFailuresAreLoggedWithTheEntryPointsPrefix
     };
     for (const auto& [call, prefix] : rows) {
         SCOPED_TRACE(prefix);
-        auto spec = desktop();
-        spec.applications[0].windows[0].fullScreen = true;
-        start(std::move(spec));
+        auto setup = desktop();
+        setup.applications[0].windows[0].fullScreen = true;
+        start(std::move(setup));
         const auto result = run(call);
         ASSERT_FALSE(result);
         EXPECT_EQ(result.error(), "Window is in fullscreen mode");
@@ -412,9 +412,9 @@ TEST_F(WindowSnappingServiceTest, MoverFailuresAreLoggedWithTheEntryPointsPrefix
     }
 
     // A window that never moves is tried three times.
-    auto spec = desktop();
-    spec.applications[0].windows[0].movable = false;
-    start(std::move(spec));
+    auto setup = desktop();
+    setup.applications[0].windows[0].movable = false;
+    start(std::move(setup));
     EXPECT_FALSE(snap(Case::rightHalf));
     EXPECT_EQ(messages().back(),
               "Error snapping window: Failed to verify window position after move");

@@ -40,20 +40,20 @@ const SimulatedApplication* withBundleIdentifier(const std::vector<SimulatedAppl
 
 }  // namespace
 
-DesktopModel::DesktopModel(SimulatedDesktopSpec spec, MainQueue& queue)
+DesktopModel::DesktopModel(SimulatedDesktopSetup setup, MainQueue& queue)
     : queue_(queue),
-      displays_(std::move(spec.displays)),
-      dock_(spec.dock),
-      applications_(std::move(spec.applications)),
-      installed_(std::move(spec.installed)),
-      selfPid_(spec.self.pid),
-      trusted_(spec.accessibilityTrusted),
-      mouseLocation_(spec.mouseLocation) {
+      displays_(std::move(setup.displays)),
+      dock_(setup.dock),
+      applications_(std::move(setup.applications)),
+      installed_(std::move(setup.installed)),
+      selfPid_(setup.self.pid),
+      trusted_(setup.accessibilityTrusted),
+      mouseLocation_(setup.mouseLocation) {
     if (application(selfPid_) == nullptr) {
-        applications_.push_back(std::move(spec.self));
+        applications_.push_back(std::move(setup.self));
     }
-    if (spec.frontmost && application(*spec.frontmost) != nullptr) {
-        frontmost_ = spec.frontmost;
+    if (setup.frontmost && application(*setup.frontmost) != nullptr) {
+        frontmost_ = setup.frontmost;
     }
     // The front application's windows lie on top, the others follow in the order given.
     for (const auto& app : applications_) {

@@ -14,7 +14,7 @@
 #include "foundation/main_queue.h"
 #include "platform/in_memory_screens.h"
 #include "platform/input_events.h"
-#include "platform/sim/simulated_desktop_spec.h"
+#include "platform/sim/simulated_desktop_setup.h"
 
 namespace corvetta::sim {
 
@@ -54,7 +54,7 @@ struct EventMonitor {
 
 class DesktopModel : public std::enable_shared_from_this<DesktopModel> {
 public:
-    DesktopModel(SimulatedDesktopSpec spec, MainQueue& queue);
+    DesktopModel(SimulatedDesktopSetup setup, MainQueue& queue);
     virtual ~DesktopModel() = default;
     DesktopModel(const DesktopModel&) = delete;
     DesktopModel& operator=(const DesktopModel&) = delete;

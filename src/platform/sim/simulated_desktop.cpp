@@ -164,9 +164,9 @@ struct SimulatedDesktop::State : sim::DesktopModel {
     }
 };
 
-SimulatedDesktop::SimulatedDesktop(SimulatedDesktopSpec spec, MainQueue& queue)
-    : hotKeys_(spec.reservedHotKeys),
-      state_(std::make_shared<State>(std::move(spec), queue)),
+SimulatedDesktop::SimulatedDesktop(SimulatedDesktopSetup setup, MainQueue& queue)
+    : hotKeys_(setup.reservedHotKeys),
+      state_(std::make_shared<State>(std::move(setup), queue)),
       alerts_(queue) {}
 
 SimulatedDesktop::~SimulatedDesktop() = default;

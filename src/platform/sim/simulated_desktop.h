@@ -10,7 +10,7 @@
 #include "platform/desktop.h"
 #include "platform/in_memory_screens.h"
 #include "platform/sim/simulated_alerts.h"
-#include "platform/sim/simulated_desktop_spec.h"
+#include "platform/sim/simulated_desktop_setup.h"
 #include "platform/sim/simulated_hot_keys.h"
 
 namespace corvetta {
@@ -28,7 +28,7 @@ class SimulatedDesktop final : public Desktop,
                                private EventMonitorPort {
 public:
     // Delayed frames and launches run on the queue.
-    SimulatedDesktop(SimulatedDesktopSpec spec, MainQueue& queue);
+    SimulatedDesktop(SimulatedDesktopSetup setup, MainQueue& queue);
     ~SimulatedDesktop() override;
     SimulatedDesktop(const SimulatedDesktop&) = delete;
     SimulatedDesktop& operator=(const SimulatedDesktop&) = delete;
@@ -115,7 +115,7 @@ public:
 
 private:
     struct State;
-    // Before the state, which takes the spec.
+    // Before the state, which takes the setup.
     SimulatedHotKeys hotKeys_;
     std::shared_ptr<State> state_;
     SimulatedAlerts alerts_;

@@ -348,12 +348,12 @@ void checkApplications(const std::vector<SimulatedApplication>& applications,
     }
 }
 
-SimulatedDesktopSpec readDesktop(const Json& document) {
+SimulatedDesktopSetup readDesktop(const Json& document) {
     const ObjectReader reader(
         document, "",
         {"displays", "applications", "frontmost", "dock", "accessibilityTrusted", "mouseLocation",
          "installed", "self", "reservedHotKeys"});
-    SimulatedDesktopSpec spec;
+    SimulatedDesktopSetup setup;
 
     const auto displays = reader.elements("displays");
     if (displays.empty()) {
@@ -361,61 +361,61 @@ SimulatedDesktopSpec readDesktop(const Json& document) {
     }
     UniqueCheck displayIds("display id");
     for (const auto& [display, place] : displays) {
-        spec.displays.push_back(readDisplay(*display, place));
-        displayIds.add(spec.displays.back().id, place + ".id");
+        setup.displays.push_back(readDisplay(*display, place));
+        displayIds.add(setup.displays.back().id, place + ".id");
     }
-    if (spec.displays.front().frame.origin != Point{0, 0}) {
+    if (setup.displays.front().frame.origin != Point{0, 0}) {
         refuse("displays[0].frame", "the first display is the primary and must start at [0, 0]");
     }
 
     for (const auto& [app, place] : reader.elements("applications")) {
-        spec.applications.push_back(readApplication(*app, place, nullptr));
+        setup.applications.push_back(readApplication(*app, place, nullptr));
     }
     for (const auto& [app, place] : reader.elements("installed")) {
-        spec.installed.push_back(readApplication(*app, place, nullptr));
-        if (!spec.installed.back().bundleIdentifier) {
+        setup.installed.push_back(readApplication(*app, place, nullptr));
+        if (!setup.installed.back().bundleIdentifier) {
             refuse(place + ".bundleIdentifier", "required to launch the application");
         }
     }
     if (const auto* self = reader.find("self")) {
-        const SimulatedApplication defaults = spec.self;
-        spec.self = readApplication(*self, "self", &defaults);
+        const SimulatedApplication defaults = setup.self;
+        setup.self = readApplication(*self, "self", &defaults);
     }
     UniqueCheck pids("pid");
     UniqueCheck windows("window number");
-    checkApplication(spec.self, "self", pids, windows);
-    checkApplications(spec.applications, "applications", pids, windows);
-    checkApplications(spec.installed, "installed", pids, windows);
+    checkApplication(setup.self, "self", pids, windows);
+    checkApplications(setup.applications, "applications", pids, windows);
+    checkApplications(setup.installed, "installed", pids, windows);
 
     if (const auto* frontmost = reader.find("frontmost")) {
         const auto pid = static_cast<ProcessId>(
             integer(*frontmost, "frontmost", 1, std::numeric_limits<ProcessId>::max()));
-        const bool running =
-            pid == spec.self.pid || std::any_of(spec.applications.begin(), spec.applications.end(),
-                                                [&](const auto& a) { return a.pid == pid; });
+        const bool running = pid == setup.self.pid ||
+                             std::any_of(setup.applications.begin(), setup.applications.end(),
+                                         [&](const auto& a) { return a.pid == pid; });
         if (!running) {
             refuse("frontmost", "no application with pid " + std::to_string(pid));
         }
-        spec.frontmost = pid;
+        setup.frontmost = pid;
     }
 
     if (const auto* dock = reader.find("dock")) {
-        spec.dock = readDock(*dock, "dock");
-        const bool known = std::any_of(spec.displays.begin(), spec.displays.end(),
-                                       [&](const auto& d) { return d.id == spec.dock->display; });
+        setup.dock = readDock(*dock, "dock");
+        const bool known = std::any_of(setup.displays.begin(), setup.displays.end(),
+                                       [&](const auto& d) { return d.id == setup.dock->display; });
         if (!known) {
-            refuse("dock.display", "no display with id " + std::to_string(spec.dock->display));
+            refuse("dock.display", "no display with id " + std::to_string(setup.dock->display));
         }
     }
-    spec.accessibilityTrusted = reader.flag("accessibilityTrusted", true);
+    setup.accessibilityTrusted = reader.flag("accessibilityTrusted", true);
     if (const auto* mouse = reader.find("mouseLocation")) {
         const auto [x, y] = pair(*mouse, "mouseLocation", "[x, y]");
-        spec.mouseLocation = {x, y};
+        setup.mouseLocation = {x, y};
     }
     for (const auto& [hotKey, place] : reader.elements("reservedHotKeys")) {
-        spec.reservedHotKeys.push_back(readReservedHotKey(*hotKey, place));
+        setup.reservedHotKeys.push_back(readReservedHotKey(*hotKey, place));
     }
-    return spec;
+    return setup;
 }
 
 }  // namespace
@@ -424,7 +424,7 @@ std::string DesktopFileError::message() const {
     return place.empty() ? problem : place + ": " + problem;
 }
 
-Expected<SimulatedDesktopSpec, DesktopFileError> parseSimulatedDesktop(std::string_view text) {
+Expected<SimulatedDesktopSetup, DesktopFileError> parseSimulatedDesktop(std::string_view text) {
     Json document;
     try {
         document = Json::parse(text);
@@ -438,7 +438,7 @@ Expected<SimulatedDesktopSpec, DesktopFileError> parseSimulatedDesktop(std::stri
     }
 }
 
-Expected<SimulatedDesktopSpec, DesktopFileError> loadSimulatedDesktop(
+Expected<SimulatedDesktopSetup, DesktopFileError> loadSimulatedDesktop(
     const std::filesystem::path& file) {
     const auto contents = readFile(file);
     if (!contents) {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "foundation/expected.h"
-#include "platform/sim/simulated_desktop_spec.h"
+#include "platform/sim/simulated_desktop_setup.h"
 
 namespace corvetta {
 
@@ -19,8 +19,8 @@ struct DesktopFileError {
     std::string message() const;
 };
 
-Expected<SimulatedDesktopSpec, DesktopFileError> parseSimulatedDesktop(std::string_view text);
-Expected<SimulatedDesktopSpec, DesktopFileError> loadSimulatedDesktop(
+Expected<SimulatedDesktopSetup, DesktopFileError> parseSimulatedDesktop(std::string_view text);
+Expected<SimulatedDesktopSetup, DesktopFileError> loadSimulatedDesktop(
     const std::filesystem::path& file);
 
 }  // namespace corvetta

@@ -79,7 +79,7 @@ struct SimulatedDock {
     bool intellihide = false;
 };
 
-struct SimulatedDesktopSpec {
+struct SimulatedDesktopSetup {
     std::vector<SimulatedDisplay> displays;
     std::vector<SimulatedApplication> applications;
     std::optional<ProcessId> frontmost;
