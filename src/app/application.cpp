@@ -6,13 +6,12 @@
 
 #include <unistd.h>
 
+#include "app/app_delegate.h"
 #include "app/command_line.h"
 #include "app/desktop_opening.h"
 #include "app/termination_signals.h"
-#include "app/window_services.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logger.h"
-#include "diagnostics/logging_manager.h"
 #include "diagnostics/logging_service.h"
 #include "diagnostics/stderr_log.h"
 #include "foundation/event_loop.h"
@@ -43,14 +42,7 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
         }
     });
 
-    auto loggingObserver = notifications.addObserver(
-        LoggingManager::kSettingsChangedNotification,
-        [&loggingService](const Notification&) { loggingService.reloadSettings(); });
-    logger.info(std::string("Logging observer set up for notification: ") +
-                LoggingManager::kSettingsChangedNotification);
-
     std::unique_ptr<Desktop> desktop;
-    std::unique_ptr<WindowServices> windowServices;
     if (options.desktop) {
         auto opened = openDesktop(*options.desktop, loop);
         if (!opened) {
@@ -61,12 +53,23 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
             return 2;
         }
         desktop = std::move(*opened);
-        windowServices =
-            std::make_unique<WindowServices>(*desktop, loop, preferences, loggingService);
-        logger.info("Desktop: " + describeDesktop(*desktop, *options.desktop));
     } else {
-        logger.warning("No desktop chosen; window actions need --desktop=sim:FILE");
+        desktop = openEmptyDesktop(loop);
+        logger.warning(
+            "No desktop chosen; running on an empty simulated desktop (pass --desktop=sim:FILE)");
     }
+
+    logger.info("Desktop: " + describeDesktop(*desktop, options.desktop));
+
+    AppDelegate delegate(AppDelegateEnvironment{
+        .desktop = *desktop,
+        .queue = loop,
+        .defaults = preferences,
+        .notifications = notifications,
+        .logging = loggingService,
+        .terminate = [&loop] { loop.stop(); },
+    });
+    delegate.applicationDidFinishLaunching();
 
     TerminationSignals signals(loop, [&](int signal) {
         logger.info(std::string("Received ") + (signal == SIGINT ? "SIGINT" : "SIGTERM") +
@@ -77,6 +80,7 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
     loop.post(
         [&] { logger.info(versionText() + " ready (pid " + std::to_string(getpid()) + ")"); });
     loop.run();
+    delegate.applicationWillTerminate();
 
     if (!preferences.synchronize()) {
         logger.error("Could not save preferences: " + preferences.lastWriteError());

@@ -14,12 +14,23 @@ Expected<std::unique_ptr<Desktop>, std::string> openDesktop(const DesktopChoice&
     return std::unique_ptr<Desktop>(std::make_unique<SimulatedDesktop>(std::move(*setup), queue));
 }
 
-std::string describeDesktop(Desktop& desktop, const DesktopChoice& choice) {
+std::unique_ptr<Desktop> openEmptyDesktop(MainQueue& queue) {
+    SimulatedDesktopSetup setup;
+    setup.displays.push_back(SimulatedDisplay{.id = 1,
+                                              .name = "Display",
+                                              .frame = Rect(0, 0, 1440, 900),
+                                              .visibleFrame = Rect(0, 0, 1440, 875),
+                                              .builtin = true});
+    return std::make_unique<SimulatedDesktop>(std::move(setup), queue);
+}
+
+std::string describeDesktop(Desktop& desktop, const std::optional<DesktopChoice>& choice) {
     const auto plural = [](std::size_t count, const std::string& noun) {
         return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
     };
-    return "simulated desktop from " + choice.file.string() + ": " +
-           plural(desktop.screenPort().screens().size(), "display") + ", " +
+    const std::string source =
+        choice ? "simulated desktop from " + choice->file.string() : "empty simulated desktop";
+    return source + ": " + plural(desktop.screenPort().screens().size(), "display") + ", " +
            plural(desktop.applicationsPort().runningApplications().size(), "running application");
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/command_line.h"
@@ -15,7 +16,12 @@ namespace corvetta {
 Expected<std::unique_ptr<Desktop>, std::string> openDesktop(const DesktopChoice& choice,
                                                             MainQueue& queue);
 
-// "simulated desktop from desk.json: 2 displays, 4 applications", for the start-up log.
-std::string describeDesktop(Desktop& desktop, const DesktopChoice& choice);
+// What runs when no desktop was chosen: one display, no other application. Window actions have
+// nothing to act on, but everything else starts as usual.
+std::unique_ptr<Desktop> openEmptyDesktop(MainQueue& queue);
+
+// "simulated desktop from desk.json: 2 displays, 4 running applications", for the start-up log
+// and status queries; without a choice, the empty desktop.
+std::string describeDesktop(Desktop& desktop, const std::optional<DesktopChoice>& choice);
 
 }  // namespace corvetta

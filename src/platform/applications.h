@@ -59,6 +59,8 @@ public:
     // false when no such application runs.
     virtual bool activate(ProcessId process) = 0;
     virtual bool hide(ProcessId process) = 0;
+    // This process: an accessory application has a status-bar item and no Dock icon.
+    virtual void setActivationPolicy(ActivationPolicy policy) = 0;
 };
 
 }  // namespace corvetta

@@ -19,6 +19,8 @@ public:
     // Top to bottom; displays whose vertical centres lie within 50 points of each other read left
     // to right. The reference stays valid until the next screen-parameters change.
     const std::vector<Screen>& orderedScreens();
+    // Forgets the cached order, for a display change announced other than by the platform.
+    void refresh() { cachedOrderedScreens_.reset(); }
 
     // The display holding a frame given in screen space: the first in order that wholly contains
     // it, else the one sharing the largest part of it (the earlier on a tie), else the main screen.

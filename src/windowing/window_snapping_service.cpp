@@ -110,6 +110,12 @@ WindowSnappingService::WindowSnappingService(WindowMover& windowMover,
     const RunningApplication self = applications_.currentApplication();
     tracking_->ownBundleIdentifier = self.bundleIdentifier;
     tracking_->ownProcess = self.processIdentifier;
+    // The application in front when the service starts is the target until another comes forward,
+    // even when Corvetta's own menu comes to the front first.
+    if (auto frontmost = applications_.frontmostApplication();
+        frontmost && frontmost->processIdentifier != self.processIdentifier) {
+        tracking_->lastNonCorvettaApp = std::move(frontmost);
+    }
     // Our own menu or palette coming to the front must not take the target away from the window
     // the user is about to act on.
     workspaceObserver_ = applications_.observeDidActivateApplication(

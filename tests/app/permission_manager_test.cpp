@@ -14,7 +14,7 @@
 #include "foundation/date.h"
 #include "foundation/manual_queue.h"
 #include "platform/sim/simulated_desktop.h"
-#include "support/log_messages.h"
+#include "support/test_logging.h"
 
 namespace corvetta {
 namespace {
@@ -57,19 +57,14 @@ protected:
         return gaps;
     }
 
-    std::vector<std::string> messages() const {
-        LogFilter filter;
-        filter.service = "PermissionManager";
-        return testing::loggedMessages(logbook, filter);
-    }
+    std::vector<std::string> messages() const { return testLogging.messages("PermissionManager"); }
 
     InMemoryPreferences preferences;
-    InMemoryPreferences loggingPreferences;
     NotificationCenter notifications;
     ManualClock clock;
     ManualQueue queue{clock};
-    Logbook logbook{loggingPreferences, notifications, clock, nullptr};
-    LoggingService logging{loggingPreferences, logbook};
+    testing::TestLogging testLogging{notifications, clock};
+    LoggingService& logging = testLogging.logging;
     SimulatedDesktop desktop{desktopSetup(), queue};
     SimulatedAlerts& alerts = desktop.alerts();
     std::vector<bool> posted;
@@ -132,7 +127,7 @@ TEST_F(PermissionManagerTest, LogsDiagnosticsAndStoresTheStatusForTheNextLaunch)
     EXPECT_EQ(preferences.boolValue(PermissionManager::kLastKnownStatusKey), false);
     EXPECT_EQ(preferences.string(PermissionManager::kLastCheckTimestampKey), lastCheck);
 
-    logbook.clear();
+    testLogging.logbook.clear();
     clock.advance(std::chrono::hours(5));
     launch();
     manager->start();

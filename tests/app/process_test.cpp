@@ -177,7 +177,8 @@ TEST(Process, DamagedPreferencesAreQuarantinedAndTheProgramStillStarts) {
     }
     ASSERT_EQ(quarantined.size(), 1u);
     EXPECT_EQ(testing::readTestFile(quarantined[0]), "{not json");
-    EXPECT_FALSE(std::filesystem::exists(folder / "preferences.json"));
+    // The launch writes its defaults into a fresh document, never over the damaged text.
+    EXPECT_NE(testing::readTestFile(folder / "preferences.json"), "{not json");
     // The warning is how anyone learns where the damaged file went.
     const std::string& err = child.err();
     const auto at = err.find(quarantined[0].string());

@@ -13,7 +13,7 @@
 #include "foundation/preferences.h"
 #include "platform/sim/simulated_hot_keys.h"
 #include "shortcuts/shortcut_services.h"
-#include "support/log_messages.h"
+#include "support/test_logging.h"
 
 namespace corvetta::testing_support {
 
@@ -31,16 +31,9 @@ protected:
     }
 
     std::vector<std::string> logged(const std::string& service = "") const {
-        LogFilter filter;
-        if (!service.empty()) {
-            filter.service = service;
-        }
-        return testing::loggedMessages(logbook, filter);
+        return testLogging.messages(service);
     }
-    bool wasLogged(const std::string& message) const {
-        const auto all = logged();
-        return std::find(all.begin(), all.end(), message) != all.end();
-    }
+    bool wasLogged(const std::string& message) const { return testLogging.contains(message); }
 
     // Names of every notification of that kind posted from now on.
     std::shared_ptr<std::vector<std::string>> record(const std::string& notification,
@@ -55,11 +48,11 @@ protected:
     ShortcutServices& s() { return *services; }
 
     InMemoryPreferences defaults;
-    InMemoryPreferences loggingPreferences;
     NotificationCenter notifications;
     ManualClock clock;
-    Logbook logbook{loggingPreferences, notifications, clock, nullptr};
-    LoggingService logging{loggingPreferences, logbook};
+    testing::TestLogging testLogging{notifications, clock};
+    Logbook& logbook = testLogging.logbook;
+    LoggingService& logging = testLogging.logging;
     SimulatedHotKeys hotKeys;
     std::unique_ptr<ShortcutServices> services;
 };

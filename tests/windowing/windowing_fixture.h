@@ -12,7 +12,7 @@
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
 #include "platform/in_memory_screens.h"
-#include "support/log_messages.h"
+#include "support/test_logging.h"
 
 namespace corvetta::testing_support {
 
@@ -26,17 +26,16 @@ inline Screen makeScreen(ScreenNumber number, Rect frame, std::optional<Rect> vi
 class WindowingTest : public ::testing::Test {
 protected:
     std::vector<std::string> loggedMessages(const std::string& service) const {
-        LogFilter filter;
-        filter.service = service;
-        return testing::loggedMessages(logbook, filter);
+        return testLogging.messages(service);
     }
 
     InMemoryPreferences preferences;
-    InMemoryPreferences loggingPreferences;
     NotificationCenter notifications;
     ManualClock clock;
-    Logbook logbook{loggingPreferences, notifications, clock, nullptr};
-    LoggingService logging{loggingPreferences, logbook};
+    testing::TestLogging testLogging{notifications, clock};
+    InMemoryPreferences& loggingPreferences = testLogging.preferences;
+    Logbook& logbook = testLogging.logbook;
+    LoggingService& logging = testLogging.logging;
     InMemoryScreens screens;
 };
 

@@ -381,6 +381,10 @@ bool SimulatedDesktop::hide(ProcessId process) {
     return state_->hide(process);
 }
 
+void SimulatedDesktop::setActivationPolicy(ActivationPolicy policy) {
+    state_->application(state_->selfPid())->activationPolicy = policy;
+}
+
 Point SimulatedDesktop::mouseLocation() const {
     return state_->mouseLocation();
 }

@@ -107,6 +107,7 @@ public:
                            LaunchCompletion completion) override;
     bool activate(ProcessId process) override;
     bool hide(ProcessId process) override;
+    void setActivationPolicy(ActivationPolicy policy) override;
 
     Point mouseLocation() const override;
 

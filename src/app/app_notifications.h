@@ -1,0 +1,25 @@
+#pragma once
+
+namespace corvetta {
+
+// Application-wide notifications the delegate listens for. Each setting's change is announced
+// under the setting's own name by whoever changed it (settings window, import, automation).
+struct AppNotifications {
+    static constexpr const char* kDisplayConfigurationChanged = "DisplayConfigurationChanged";
+    static constexpr const char* kDragToSnapEnabledChanged = "DragToSnapEnabledChanged";
+    static constexpr const char* kSnapModifiersChanged = "SnapModifiersChanged";
+    static constexpr const char* kAvoidSystemConflictsChanged = "AvoidSystemConflictsChanged";
+    static constexpr const char* kWindowManagementEnabledChanged = "WindowManagementEnabledChanged";
+    static constexpr const char* kRefreshStatusMenu = "RefreshStatusMenu";
+    static constexpr const char* kWorkspacesDidChange = "com.corvetta.workspacesDidChange";
+};
+
+// The settings read at launch and by the handlers above.
+struct AppSettings {
+    static constexpr const char* kDragToSnapEnabled = "dragToSnapEnabled";
+    static constexpr const char* kSnapModifiers = "snapModifiers";
+    static constexpr const char* kAvoidSystemConflicts = "avoidSystemConflicts";
+    static constexpr const char* kHideWindowManagementMenuItems = "hideWindowManagementMenuItems";
+};
+
+}  // namespace corvetta
