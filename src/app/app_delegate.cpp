@@ -1,6 +1,7 @@
 #include "app/app_delegate.h"
 
 #include "app/app_notifications.h"
+#include "automation/automation_methods.h"
 #include "diagnostics/logging_manager.h"
 #include "shortcuts/key_labels.h"
 #include "shortcuts/shortcut.h"
@@ -94,14 +95,41 @@ PermissionManager& AppDelegate::permissionManager() {
     return *permissionManager_;
 }
 
+AutomationBridge* AppDelegate::mcpBridgeService() {
+    if (!mcpBridgeService_ && environment_.socketPath) {
+        mcpBridgeService_ = std::make_unique<AutomationBridge>(
+            *environment_.socketPath, AutomationContext{
+                                          .desktop = environment_.desktop,
+                                          .queue = environment_.queue,
+                                          .screenDetection = screenDetection(),
+                                          .snappingService = windowSnappingService(),
+                                          .windowMover = windowMover(),
+                                          .logbook = environment_.logbook,
+                                          .logging = environment_.logging,
+                                          .version = environment_.version,
+                                          .desktopDescription = environment_.desktopDescription,
+                                          .statusMessage = [this] { return statusMessage(); },
+                                      });
+    }
+    return mcpBridgeService_.get();
+}
+
 // MARK: - Launch and termination
 
-void AppDelegate::applicationDidFinishLaunching() {
+AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     if (launched_) {
-        return;
+        return LaunchResult::launched;
+    }
+    logger_.info("Application did finish launching");
+    // First, so a second copy leaves before it grabs a single key or writes a single setting.
+    if (auto* bridge = mcpBridgeService();
+        bridge && bridge->start() == AutomationBridge::StartResult::alreadyRunning) {
+        logger_.error("Corvetta is already running (automation socket " +
+                      bridge->socketPath().string() + ")");
+        mcpBridgeService_.reset();
+        return LaunchResult::alreadyRunning;
     }
     launched_ = true;
-    logger_.info("Application did finish launching");
     // A status-bar item and no Dock icon.
     environment_.desktop.applicationsPort().setActivationPolicy(ActivationPolicy::accessory);
 
@@ -114,6 +142,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     permissionManager().start();
     shortcutService().registerAllShortcuts();
     rebuildStatusMenu();
+    return LaunchResult::launched;
 }
 
 void AppDelegate::readLaunchSettings() {
@@ -179,6 +208,9 @@ void AppDelegate::applicationWillTerminate() {
     notificationObservers_.clear();
     workspaceCancellables_.clear();
     loggingObservers_.clear();
+    if (mcpBridgeService_) {
+        mcpBridgeService_->stop();
+    }
     if (permissionManager_) {
         permissionManager_->stop();
     }
@@ -186,6 +218,7 @@ void AppDelegate::applicationWillTerminate() {
         shortcutService_->unregisterAllShortcuts();
     }
     // Reverse order of dependency: a service never outlives what it holds a reference to.
+    mcpBridgeService_.reset();
     shortcutService_.reset();
     shortcutServices_.reset();
     windowSnappingService_.reset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -7,9 +8,11 @@
 #include <string_view>
 #include <vector>
 
+#include "app/automation_bridge.h"
 #include "app/permission_manager.h"
 #include "app/shortcut_service.h"
 #include "app/status_menu.h"
+#include "diagnostics/logbook.h"
 #include "diagnostics/logger.h"
 #include "foundation/main_queue.h"
 #include "foundation/notification_center.h"
@@ -30,9 +33,15 @@ struct AppDelegateEnvironment {
     MainQueue& queue;
     Preferences& defaults;
     NotificationCenter& notifications;
+    Logbook& logbook;
     LoggingService& logging;
     // Ends the run loop; called when the user quits.
     std::function<void()> terminate;
+    // Where the automation socket listens; without one there is no socket.
+    std::optional<std::filesystem::path> socketPath{};
+    // For status queries: "corvetta 0.1.0" and what the desktop is.
+    std::string version{};
+    std::string desktopDescription{};
 };
 
 // The process's root object: creates every long-lived service on first use and keeps it for the
@@ -45,7 +54,10 @@ public:
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
 
-    void applicationDidFinishLaunching();
+    enum class LaunchResult { launched, alreadyRunning };
+    // alreadyRunning when another Corvetta answers on the automation socket: this one must not
+    // take over and leaves everything untouched.
+    LaunchResult applicationDidFinishLaunching();
     // Releases what the services hold outside the process (hot keys, timers, observers). Safe to
     // call twice; the destructor calls it.
     void applicationWillTerminate();
@@ -78,6 +90,8 @@ public:
     ShortcutServices& shortcutServices();
     ShortcutService& shortcutService();
     PermissionManager& permissionManager();
+    // None when the environment names no socket.
+    AutomationBridge* mcpBridgeService();
 
 private:
     void readLaunchSettings();
@@ -111,6 +125,7 @@ private:
     std::unique_ptr<WindowSnappingService> windowSnappingService_;
     std::unique_ptr<ShortcutServices> shortcutServices_;
     std::unique_ptr<ShortcutService> shortcutService_;
+    std::unique_ptr<AutomationBridge> mcpBridgeService_;
     std::unique_ptr<PermissionManager> permissionManager_;
 
     std::vector<ObserverToken> workspaceCancellables_;

@@ -10,6 +10,7 @@
 #include "app/command_line.h"
 #include "app/desktop_opening.h"
 #include "app/termination_signals.h"
+#include "automation/bundle_identifier.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logger.h"
 #include "diagnostics/logging_service.h"
@@ -59,17 +60,27 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
             "No desktop chosen; running on an empty simulated desktop (pass --desktop=sim:FILE)");
     }
 
-    logger.info("Desktop: " + describeDesktop(*desktop, options.desktop));
+    const auto desktopDescription = describeDesktop(*desktop, options.desktop);
+    logger.info("Desktop: " + desktopDescription);
 
     AppDelegate delegate(AppDelegateEnvironment{
         .desktop = *desktop,
         .queue = loop,
         .defaults = preferences,
         .notifications = notifications,
+        .logbook = logbook,
         .logging = loggingService,
         .terminate = [&loop] { loop.stop(); },
+        .socketPath = options.socketPath.value_or(defaultAutomationSocketPath(paths)),
+        .version = versionText(),
+        .desktopDescription = desktopDescription,
     });
-    delegate.applicationDidFinishLaunching();
+    if (delegate.applicationDidFinishLaunching() == AppDelegate::LaunchResult::alreadyRunning) {
+        platformLog.flush();
+        std::fprintf(stderr, "corvetta: Corvetta is already running (socket %s)\n",
+                     options.socketPath.value_or(defaultAutomationSocketPath(paths)).c_str());
+        return 1;
+    }
 
     TerminationSignals signals(loop, [&](int signal) {
         logger.info(std::string("Received ") + (signal == SIGINT ? "SIGINT" : "SIGTERM") +

@@ -1,6 +1,7 @@
 #include "app/command_line.h"
 
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 namespace corvetta {
@@ -8,6 +9,7 @@ namespace corvetta {
 namespace {
 
 constexpr std::string_view kDesktopOption = "--desktop";
+constexpr std::string_view kSocketOption = "--socket";
 constexpr std::string_view kSimulatedPrefix = "sim:";
 
 Expected<DesktopChoice, CommandLineError> parseDesktop(const std::string& value) {
@@ -29,21 +31,38 @@ Expected<CommandLineOptions, CommandLineError> parseCommandLine(
     CommandLineOptions options;
     for (auto it = arguments.begin(); it != arguments.end(); ++it) {
         const auto& argument = *it;
-        if (argument == kDesktopOption || argument.starts_with(std::string(kDesktopOption) + "=")) {
-            std::string value;
-            if (argument == kDesktopOption) {
+        // "--name VALUE" or "--name=VALUE"; none when the argument is another option.
+        const auto valueOf =
+            [&](std::string_view name) -> std::optional<Expected<std::string, CommandLineError>> {
+            if (argument == name) {
                 if (std::next(it) == arguments.end()) {
-                    return unexpected(CommandLineError{"option '--desktop' needs a value"});
+                    return unexpected(
+                        CommandLineError{"option '" + std::string(name) + "' needs a value"});
                 }
-                value = *++it;
-            } else {
-                value = argument.substr(kDesktopOption.size() + 1);
+                return *++it;
             }
-            auto desktop = parseDesktop(value);
+            if (argument.starts_with(std::string(name) + "=")) {
+                return argument.substr(name.size() + 1);
+            }
+            return std::nullopt;
+        };
+        if (auto value = valueOf(kDesktopOption)) {
+            if (!*value) {
+                return unexpected(value->error());
+            }
+            auto desktop = parseDesktop(**value);
             if (!desktop) {
                 return unexpected(desktop.error());
             }
             options.desktop = *desktop;
+        } else if (auto socket = valueOf(kSocketOption)) {
+            if (!*socket) {
+                return unexpected(socket->error());
+            }
+            if ((*socket)->empty()) {
+                return unexpected(CommandLineError{"option '--socket' needs a path"});
+            }
+            options.socketPath = std::filesystem::path(**socket);
         } else if (argument == "--help" || argument == "-h") {
             options.showHelp = true;
         } else if (argument == "--version" || argument == "-V") {
@@ -66,6 +85,8 @@ std::string helpText() {
            "Options:\n"
            "  --desktop=sim:FILE  Act on a simulated desktop described by FILE (see\n"
            "                      docs/simulated-desktop.md).\n"
+           "  --socket=PATH       Listen for automation requests on PATH instead of the\n"
+           "                      default socket (see docs/automation.md).\n"
            "  -h, --help          Show this help and exit.\n"
            "  -V, --version       Show the version and exit.\n"
            "\n"

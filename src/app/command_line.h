@@ -23,6 +23,8 @@ struct CommandLineOptions {
     bool showHelp = false;
     bool showVersion = false;
     std::optional<DesktopChoice> desktop;
+    // Where the automation socket listens; the default place when absent.
+    std::optional<std::filesystem::path> socketPath;
 };
 
 struct CommandLineError {

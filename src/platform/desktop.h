@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/accessibility.h"
@@ -29,6 +30,11 @@ public:
     virtual EventMonitorPort& eventMonitorPort() = 0;
     virtual AlertPort& alertPort() = 0;
     virtual HotKeyPort& hotKeyPort() = 0;
+
+    // Calls `done` on the main queue once the backend has caught up with every request made
+    // before this call (an X server has processed them) and the work already queued has run, so
+    // what the ports report afterwards reflects everything asked before.
+    virtual void synchronize(std::function<void()> done) = 0;
 };
 
 }  // namespace corvetta

@@ -26,6 +26,8 @@ struct Screen {
     Rect visibleFrame;
     double backingScaleFactor = 1;
     std::string localizedName;
+    // A laptop's own panel, as the display's vendor information tells.
+    bool isBuiltIn = false;
 
     // Same display, whatever its geometry now.
     bool isSameScreen(const Screen& other) const { return number == other.number; }

@@ -82,6 +82,7 @@ void WindowMover::moveWindow(WindowMoveRequest request, WindowMoveCompletion com
     });
 
     auto move = std::make_shared<Move>();
+    ++movesUnderWay_;
     move->completion = std::move(completion);
     move->target = request.targetFrame;
     move->maxAttempts = std::max(1, request.maxAttempts);
@@ -260,14 +261,30 @@ void WindowMover::finish(const std::shared_ptr<Move>& move, WindowMoveResult res
     if (!result) {
         logger_.logger().warning("Window move failed: " + std::string(description(result.error())));
     }
-    auto completion = std::exchange(move->completion, nullptr);
-    if (!completion) {
+    --movesUnderWay_;
+    if (auto completion = std::exchange(move->completion, nullptr)) {
+        queue_.post([alive = std::weak_ptr<bool>(alive_), completion = std::move(completion),
+                     result = std::move(result)] {
+            if (alive.lock()) {
+                completion(result);
+            }
+        });
+    }
+    if (movesUnderWay_ == 0) {
+        for (auto& callback : std::exchange(idleCallbacks_, {})) {
+            whenIdle(std::move(callback));
+        }
+    }
+}
+
+void WindowMover::whenIdle(std::function<void()> callback) {
+    if (movesUnderWay_ > 0) {
+        idleCallbacks_.push_back(std::move(callback));
         return;
     }
-    queue_.post([alive = std::weak_ptr<bool>(alive_), completion = std::move(completion),
-                 result = std::move(result)] {
+    queue_.post([alive = std::weak_ptr<bool>(alive_), callback = std::move(callback)] {
         if (alive.lock()) {
-            completion(result);
+            callback();
         }
     });
 }

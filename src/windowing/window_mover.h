@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "diagnostics/deferred_logger.h"
 #include "foundation/expected.h"
@@ -69,6 +70,11 @@ public:
     // after the last attempt.
     void moveWindow(WindowMoveRequest request, WindowMoveCompletion completion = {});
 
+    // Runs `callback` on the main queue once no move is under way: at once when none is, else
+    // after the completions of the moves under way have been posted. A caller that must see every
+    // window where it was sent (an automation client's sync) waits for this.
+    void whenIdle(std::function<void()> callback);
+
 private:
     struct Move;
     void attempt(std::shared_ptr<Move> move, int number);
@@ -89,6 +95,8 @@ private:
     MainQueue& queue_;
     DeferredLogger logger_;
     std::shared_ptr<bool> alive_;
+    int movesUnderWay_ = 0;
+    std::vector<std::function<void()>> idleCallbacks_;
 };
 
 }  // namespace corvetta

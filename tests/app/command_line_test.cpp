@@ -57,6 +57,8 @@ TEST(CommandLine, DesktopChoice) {
         EXPECT_EQ(options->desktop, (DesktopChoice{DesktopChoice::Kind::simulated, file}));
     }
     EXPECT_FALSE(parseCommandLine({})->desktop.has_value());
+    EXPECT_EQ(parseCommandLine({"--socket", "/tmp/c.sock"})->socketPath, "/tmp/c.sock");
+    EXPECT_EQ(parseCommandLine({"--socket=/run/x.sock"})->socketPath, "/run/x.sock");
 
     const std::pair<Arguments, std::string> refused[] = {
         {{"--desktop"}, "option '--desktop' needs a value"},
@@ -64,6 +66,8 @@ TEST(CommandLine, DesktopChoice) {
         {{"--desktop=wayland"}, "unsupported desktop 'wayland' (available: sim:FILE)"},
         {{"--desktop="}, "unsupported desktop '' (available: sim:FILE)"},
         {{"--desktops=sim:x"}, "unrecognized option '--desktops=sim:x'"},
+        {{"--socket"}, "option '--socket' needs a value"},
+        {{"--socket="}, "option '--socket' needs a path"},
     };
     for (const auto& [arguments, message] : refused) {
         const auto result = parseCommandLine(arguments);

@@ -14,9 +14,8 @@
 #include <unistd.h>
 
 #include "app/command_line.h"
+#include "support/child_process.h"
 #include "support/temporary_folder.h"
-
-extern char** environ;
 
 namespace corvetta {
 namespace {
@@ -31,26 +30,12 @@ using namespace std::chrono;
 class ChildProcess {
 public:
     ChildProcess(std::vector<std::string> argv, const testing::TemporaryFolder& root)
-        : outPath_(root / "stdout") {
-        std::vector<std::string> environment = {"HOME=" + (root / "home").string(),
-                                                "XDG_CONFIG_HOME=" + (root / "config").string(),
-                                                "XDG_DATA_HOME=" + (root / "data").string()};
-        // Keep the rest (sanitizer options, locale), but never the real home.
-        for (char** variable = environ; *variable; ++variable) {
-            const std::string text = *variable;
-            if (!text.starts_with("HOME=") && !text.starts_with("XDG_")) {
-                environment.push_back(text);
-            }
-        }
-        argv.insert(argv.begin(), CORVETTA_BINARY);
-        const auto pointers = [](std::vector<std::string>& texts) {
-            std::vector<char*> result;
-            for (auto& text : texts) {
-                result.push_back(text.data());
-            }
-            result.push_back(nullptr);
-            return result;
-        };
+        : ChildProcess(CORVETTA_BINARY, std::move(argv), root) {}
+    ChildProcess(const std::string& program, std::vector<std::string> argv,
+                 const testing::TemporaryFolder& root)
+        : outPath_(root / ("stdout-" + std::to_string(++spawned_))) {
+        auto environment = testing::isolatedEnvironment(root.path());
+        argv.insert(argv.begin(), program);
         int err[2];
         EXPECT_EQ(pipe2(err, O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
@@ -58,8 +43,9 @@ public:
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&actions, 1, outPath_.c_str(), O_WRONLY | O_CREAT, 0600);
         posix_spawn_file_actions_adddup2(&actions, err[1], 2);
-        EXPECT_EQ(posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr, pointers(argv).data(),
-                              pointers(environment).data()),
+        EXPECT_EQ(posix_spawn(&pid_, argv[0].c_str(), &actions, nullptr,
+                              testing::nullTerminated(argv).data(),
+                              testing::nullTerminated(environment).data()),
                   0);
         posix_spawn_file_actions_destroy(&actions);
         close(err[1]);
@@ -100,6 +86,18 @@ public:
     const std::string& out() const { return out_; }
     const std::string& err() const { return err_; }
 
+    struct Finished {
+        int code;
+        std::string out, err;
+    };
+    // Runs a program to its end.
+    static Finished run(const std::string& program, std::vector<std::string> argv,
+                        const testing::TemporaryFolder& root) {
+        ChildProcess child(program, std::move(argv), root);
+        const int code = child.finish();
+        return {code, child.out(), child.err()};
+    }
+
 private:
     // False once standard error ended or time is up.
     bool pump() {
@@ -121,6 +119,8 @@ private:
 
     const steady_clock::time_point deadline_ = steady_clock::now() + seconds(60);
     std::filesystem::path outPath_;
+    // Names each child's output file apart from its siblings'.
+    static inline int spawned_ = 0;
     pid_t pid_ = -1;
     int errFd_ = -1;
     std::string out_, err_;
@@ -216,6 +216,45 @@ TEST(Process, RunsOnASimulatedDesktopAndRefusesABadDesktopFile) {
         EXPECT_THAT(child.err(), HasSubstr(message));
         EXPECT_THAT(child.err(), ::testing::Not(HasSubstr(" ready")));
     }
+}
+
+TEST(Process, AnswersAutomationRequestsAndLeavesALiveSocketToItsOwner) {
+    testing::TemporaryFolder root;
+    testing::writeTestFile(root / "desk.json",
+                           R"({"displays": [{"id": 1, "frame": [0, 0, 1440, 900],
+        "visibleFrame": [0, 0, 1440, 875]}], "applications": [{"pid": 101, "name": "Editor",
+        "bundleIdentifier": "com.example.editor", "windows": [{"number": 11, "title": "Notes",
+        "frame": [100, 100, 800, 600]}]}], "frontmost": 101})");
+    const auto socket = (root / "corvetta.sock").string();
+    ChildProcess server({"--desktop=sim:" + (root / "desk.json").string(), "--socket", socket},
+                        root);
+    ASSERT_TRUE(server.waitForStderr(versionText() + " ready")) << server.err();
+    EXPECT_THAT(server.err(), HasSubstr("MCPBridgeService listening"));
+
+    const auto ctl = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--socket", socket});
+        return ChildProcess::run(CORVETTA_CTL_BINARY, std::move(arguments), root);
+    };
+    const auto moved = ctl({"perform_action", "action=leftHalf"});
+    EXPECT_EQ(moved.code, 0) << moved.err;
+    EXPECT_EQ(moved.out, "{\"action\":\"leftHalf\"}\n");
+    const auto listed = ctl({"list_windows"});
+    ASSERT_EQ(listed.code, 0) << listed.err;
+    EXPECT_THAT(listed.out,
+                HasSubstr(R"("frame":{"x":0.0,"y":25.0,"width":720.0,"height":875.0})"));
+
+    // A second copy must neither take the socket over nor touch the first one's keys.
+    const auto second = ChildProcess::run(
+        CORVETTA_BINARY, {"--desktop=sim:" + (root / "desk.json").string(), "--socket", socket},
+        root);
+    EXPECT_EQ(second.code, 1);
+    EXPECT_THAT(second.err, HasSubstr("corvetta: Corvetta is already running"));
+    EXPECT_EQ(ctl({"get_status"}).code, 0);
+
+    server.signal(SIGTERM);
+    EXPECT_EQ(server.finish(), 0) << server.err();
+    EXPECT_FALSE(std::filesystem::exists(socket));
+    EXPECT_EQ(ctl({"get_status"}).code, 2);
 }
 
 }  // namespace

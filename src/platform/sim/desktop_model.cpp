@@ -209,6 +209,39 @@ void DesktopModel::closeWindow(WindowNumber number) {
     windowsChanged();
 }
 
+void DesktopModel::openWindow(ProcessId pid, SimulatedWindow window, Duration after) {
+    const auto open = [pid, window = std::move(window)](DesktopModel& model) {
+        if (model.application(pid) == nullptr) {
+            return;
+        }
+        SimulatedWindow opened = window;
+        opened.number = model.unusedWindowNumber();
+        model.addWindow(pid, std::move(opened));
+    };
+    if (after <= Duration::zero()) {
+        open(*this);
+        return;
+    }
+    std::weak_ptr<DesktopModel> weak = weak_from_this();
+    queue_.postDelayed(after, [weak, open] {
+        if (const auto model = weak.lock()) {
+            open(*model);
+        }
+    });
+}
+
+WindowNumber DesktopModel::unusedWindowNumber() const {
+    WindowNumber highest = 0;
+    for (const auto* list : {&applications_, &installed_}) {
+        for (const auto& app : *list) {
+            for (const auto& window : app.windows) {
+                highest = std::max(highest, window.number);
+            }
+        }
+    }
+    return highest + 1;
+}
+
 void DesktopModel::setUnresponsive(ProcessId pid, bool unresponsive) {
     if (auto* app = application(pid)) {
         app->unresponsive = unresponsive;

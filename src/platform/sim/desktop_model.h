@@ -84,6 +84,10 @@ public:
     // Throws std::invalid_argument for an unknown application or a number already in use.
     void addWindow(ProcessId pid, SimulatedWindow window);
     void closeWindow(WindowNumber number);
+    // Adds the window `after` from now (at once for zero) under the next free number, as an
+    // application opens one when asked through its menu; nothing happens if the application has
+    // quit by then.
+    void openWindow(ProcessId pid, SimulatedWindow window, Duration after);
     void setUnresponsive(ProcessId pid, bool unresponsive);
 
     // Frames, in accessibility space. Both go through the window's rules (movable, resizable,
@@ -118,6 +122,9 @@ public:
 
     // Trust, pointer, events.
 
+    // Runs `done` once everything already posted to the queue has run.
+    void synchronize(std::function<void()> done) { queue_.post(std::move(done)); }
+
     bool trusted() const { return trusted_; }
     void setTrusted(bool trusted) { trusted_ = trusted; }
     Point mouseLocation() const { return mouseLocation_; }
@@ -134,6 +141,9 @@ private:
     void applyWhenWindowIsReady(WindowNumber number, std::function<void(DesktopModel&)> change);
     // Undoes a registration for as long as the model lives.
     Registration undoWhileAlive(std::function<void(DesktopModel&)> undo);
+    // Above every number in use, installed applications' included, so a later launch never
+    // finds its numbers taken.
+    WindowNumber unusedWindowNumber() const;
     void bringStrandedWindowsBack();
     void bringApplicationToFront(ProcessId pid);
     void moveToFrontOfApplication(WindowNumber number);

@@ -111,7 +111,8 @@ std::vector<Screen> DesktopModel::currentScreens() const {
         if (dock_ && dock_->hidden && dock_->display == display.id) {
             visible = growOnEdge(visible, dock_->edge, dock_->size).intersection(display.frame);
         }
-        result.push_back(Screen{display.id, display.frame, visible, display.scale, display.name});
+        result.push_back(Screen{display.id, display.frame, visible, display.scale, display.name,
+                                display.builtin});
     }
     return result;
 }

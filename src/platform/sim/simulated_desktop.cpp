@@ -3,7 +3,9 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/accessibility_menus.h"
 #include "platform/sim/desktop_model.h"
+#include "platform/sim/simulated_menus.h"
 
 namespace corvetta {
 
@@ -13,12 +15,13 @@ namespace {
 constexpr std::uint64_t kCloseButtonBit = std::uint64_t{1} << 63;
 constexpr std::string_view kRole = "AXRole";
 
-enum class ElementKind { application, window, closeButton };
+enum class ElementKind { application, window, closeButton, menu };
 
 struct ResolvedElement {
     ElementKind kind = ElementKind::application;
     SimulatedApplication* application = nullptr;
     SimulatedWindow* window = nullptr;
+    sim::MenuElement menu{};
 };
 
 bool isFinite(Point p) {
@@ -52,6 +55,13 @@ struct SimulatedDesktop::State : sim::DesktopModel {
         }
         if (element.token() == 0) {
             return ResolvedElement{ElementKind::application, app, nullptr};
+        }
+        if (sim::isMenuToken(element.token())) {
+            const auto menu = sim::findMenuElement(*app, element.token());
+            if (!menu) {
+                return unexpected(AXErrorCode::invalidUIElement);
+            }
+            return ResolvedElement{ElementKind::menu, app, nullptr, *menu};
         }
         const auto number = element.token() & ~kCloseButtonBit;
         if (number > std::numeric_limits<WindowNumber>::max()) {
@@ -87,6 +97,9 @@ struct SimulatedDesktop::State : sim::DesktopModel {
         }
         if (attribute == kRole) {
             return AXValue(std::string("AXApplication"));
+        }
+        if (attribute == AXMenuAttribute::kMenuBar) {
+            return sim::menuBarOf(app);
         }
         return unexpected(AXErrorCode::attributeUnsupported);
     }
@@ -173,6 +186,10 @@ SimulatedDesktop::~SimulatedDesktop() = default;
 
 ScreenPort& SimulatedDesktop::screenPort() {
     return state_->screens();
+}
+
+void SimulatedDesktop::synchronize(std::function<void()> done) {
+    state_->synchronize(std::move(done));
 }
 
 void SimulatedDesktop::setDisplays(std::vector<SimulatedDisplay> displays) {
@@ -286,6 +303,8 @@ Expected<AXValue, AXErrorCode> SimulatedDesktop::copyAttributeValue(const AXElem
                 return AXValue(std::string(AXAttribute::kCloseButton));
             }
             return unexpected(AXErrorCode::attributeUnsupported);
+        case ElementKind::menu:
+            return sim::menuAttribute(*resolved->application, resolved->menu, attribute);
     }
     return unexpected(AXErrorCode::failure);
 }
@@ -313,6 +332,17 @@ AXErrorCode SimulatedDesktop::performAction(const AXElement& element, std::strin
     }
     if (resolved->kind == ElementKind::closeButton && action == AXAction::kPress) {
         state_->closeWindow(resolved->window->number);
+        return AXErrorCode::success;
+    }
+    if (resolved->kind == ElementKind::menu) {
+        const auto chosen = sim::menuAction(*resolved->application, resolved->menu, action);
+        if (!chosen) {
+            return chosen.error();
+        }
+        if (*chosen != nullptr && (*chosen)->opensWindow) {
+            state_->openWindow(resolved->application->pid, *(*chosen)->opensWindow,
+                               (*chosen)->opensAfter);
+        }
         return AXErrorCode::success;
     }
     return AXErrorCode::actionUnsupported;

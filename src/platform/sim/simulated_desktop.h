@@ -42,6 +42,8 @@ public:
     EventMonitorPort& eventMonitorPort() override { return *this; }
     AlertPort& alertPort() override { return alerts_; }
     HotKeyPort& hotKeyPort() override { return hotKeys_; }
+    // Nothing lags behind the model itself: `done` runs on the next queue turn.
+    void synchronize(std::function<void()> done) override;
 
     // Changes made by tests and tools.
 

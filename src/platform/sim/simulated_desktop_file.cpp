@@ -211,15 +211,34 @@ SimulatedDisplay readDisplay(const Json& value, const std::string& place) {
     return display;
 }
 
-SimulatedWindow readWindow(const Json& value, const std::string& place) {
-    const ObjectReader reader(
-        value, place,
-        {"number", "title", "frame", "minSize", "maxSize", "resizeIncrements", "applyDelayMs",
-         "movable", "resizable", "fullScreen", "minimized", "layer", "subrole"});
+Duration milliseconds(const Json& value, const std::string& place) {
+    const double count = number(value, place);
+    // A day is far beyond any real application and keeps the conversion from overflowing.
+    if (count < 0 || count > 86'400'000) {
+        refuse(place, "expected milliseconds from 0 to 86400000");
+    }
+    return std::chrono::duration_cast<Duration>(std::chrono::duration<double, std::milli>(count));
+}
+
+// A window a menu item opens gets its number when it opens, so it has none in the file.
+enum class WindowNumbering { given, assignedWhenOpened };
+
+SimulatedWindow readWindow(const Json& value, const std::string& place,
+                           WindowNumbering numbering = WindowNumbering::given) {
+    std::set<std::string_view> known{
+        "title",        "frame",   "minSize",   "maxSize",    "resizeIncrements",
+        "applyDelayMs", "movable", "resizable", "fullScreen", "minimized",
+        "layer",        "subrole"};
+    if (numbering == WindowNumbering::given) {
+        known.insert("number");
+    }
+    const ObjectReader reader(value, place, std::move(known));
     SimulatedWindow window;
-    window.number =
-        static_cast<WindowNumber>(integer(reader.required("number"), reader.placeOf("number"), 1,
-                                          std::numeric_limits<WindowNumber>::max()));
+    if (numbering == WindowNumbering::given) {
+        window.number =
+            static_cast<WindowNumber>(integer(reader.required("number"), reader.placeOf("number"),
+                                              1, std::numeric_limits<WindowNumber>::max()));
+    }
     window.title = reader.text("title", "");
     window.frame = rect(reader.required("frame"), reader.placeOf("frame"));
     window.minSize = reader.size("minSize");
@@ -231,13 +250,7 @@ SimulatedWindow readWindow(const Json& value, const std::string& place) {
     }
     window.resizeIncrements = reader.size("resizeIncrements");
     if (const auto* delay = reader.find("applyDelayMs")) {
-        const double milliseconds = number(*delay, reader.placeOf("applyDelayMs"));
-        // A day is far beyond any real application and keeps the conversion from overflowing.
-        if (milliseconds < 0 || milliseconds > 86'400'000) {
-            refuse(reader.placeOf("applyDelayMs"), "expected milliseconds from 0 to 86400000");
-        }
-        window.applyDelay = std::chrono::duration_cast<Duration>(
-            std::chrono::duration<double, std::milli>(milliseconds));
+        window.applyDelay = milliseconds(*delay, reader.placeOf("applyDelayMs"));
     }
     window.movable = reader.flag("movable", true);
     window.resizable = reader.flag("resizable", true);
@@ -252,12 +265,60 @@ SimulatedWindow readWindow(const Json& value, const std::string& place) {
     return window;
 }
 
+SimulatedMenuItem readMenuItem(const Json& value, const std::string& place) {
+    const ObjectReader reader(
+        value, place, {"title", "key", "modifiers", "enabled", "opensWindow", "opensAfterMs"});
+    SimulatedMenuItem item;
+    item.title = reader.text("title", "");
+    item.key = reader.text("key", "");
+    if (reader.find("modifiers") != nullptr) {
+        if (item.key.empty()) {
+            refuse(reader.placeOf("modifiers"), "needs a key");
+        }
+        item.command = false;
+        for (const auto& [modifier, modifierPlace] : reader.elements("modifiers")) {
+            const std::string name = modifier->is_string() ? modifier->get<std::string>() : "";
+            bool* flag = name == "command"   ? &item.command
+                         : name == "shift"   ? &item.shift
+                         : name == "option"  ? &item.option
+                         : name == "control" ? &item.control
+                                             : nullptr;
+            if (flag == nullptr) {
+                refuse(modifierPlace, R"(expected one of "command", "shift", "option", "control")");
+            }
+            *flag = true;
+        }
+    }
+    item.enabled = reader.flag("enabled", true);
+    if (const auto* window = reader.find("opensWindow")) {
+        item.opensWindow =
+            readWindow(*window, reader.placeOf("opensWindow"), WindowNumbering::assignedWhenOpened);
+    }
+    if (const auto* delay = reader.find("opensAfterMs")) {
+        if (!item.opensWindow) {
+            refuse(reader.placeOf("opensAfterMs"), "needs opensWindow");
+        }
+        item.opensAfter = milliseconds(*delay, reader.placeOf("opensAfterMs"));
+    }
+    return item;
+}
+
+SimulatedMenu readMenu(const Json& value, const std::string& place) {
+    const ObjectReader reader(value, place, {"title", "items"});
+    SimulatedMenu menu;
+    menu.title = reader.text("title", "");
+    for (const auto& [item, itemPlace] : reader.elements("items")) {
+        menu.items.push_back(readMenuItem(*item, itemPlace));
+    }
+    return menu;
+}
+
 // `fallback` supplies what an entry leaves out; only this program's own entry has one.
 SimulatedApplication readApplication(const Json& value, const std::string& place,
                                      const SimulatedApplication* fallback) {
     const ObjectReader reader(value, place,
                               {"pid", "bundleIdentifier", "name", "activationPolicy", "hidden",
-                               "unresponsive", "windows"});
+                               "unresponsive", "windows", "menus"});
     SimulatedApplication app = fallback != nullptr ? *fallback : SimulatedApplication{};
     if (fallback == nullptr || reader.find("pid") != nullptr) {
         app.pid = static_cast<ProcessId>(integer(reader.required("pid"), reader.placeOf("pid"), 1,
@@ -278,6 +339,9 @@ SimulatedApplication readApplication(const Json& value, const std::string& place
     app.unresponsive = reader.flag("unresponsive", app.unresponsive);
     for (const auto& [window, windowPlace] : reader.elements("windows")) {
         app.windows.push_back(readWindow(*window, windowPlace));
+    }
+    for (const auto& [menu, menuPlace] : reader.elements("menus")) {
+        app.menus.push_back(readMenu(*menu, menuPlace));
     }
     return app;
 }

@@ -52,6 +52,30 @@ struct SimulatedWindow {
     std::string subrole = "AXStandardWindow";
 };
 
+// One item of an application's menu, as the accessibility interface shows it: a title, a key
+// equivalent, whether it can be chosen, and what choosing it does.
+struct SimulatedMenuItem {
+    std::string title{};
+    // The key equivalent's character ("N"); empty for an item without one.
+    std::string key{};
+    // Which modifiers the key equivalent needs; Command alone is the usual case.
+    bool command = true;
+    bool shift = false;
+    bool option = false;
+    bool control = false;
+    bool enabled = true;
+    // Pressing the item opens this window in front of the application's others, `opensAfter`
+    // later, under the next free window number (`number` is ignored).
+    std::optional<SimulatedWindow> opensWindow{};
+    Duration opensAfter{0};
+};
+
+// A menu of the menu bar ("File", "Shell").
+struct SimulatedMenu {
+    std::string title{};
+    std::vector<SimulatedMenuItem> items{};
+};
+
 struct SimulatedApplication {
     ProcessId pid = 0;
     std::optional<std::string> bundleIdentifier{};
@@ -63,6 +87,8 @@ struct SimulatedApplication {
     bool unresponsive = false;
     // Front to back; the first is the focused window.
     std::vector<SimulatedWindow> windows{};
+    // The menu bar, left to right; none for an application without one.
+    std::vector<SimulatedMenu> menus{};
 };
 
 enum class DockEdge { bottom, left, right };

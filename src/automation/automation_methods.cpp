@@ -1,0 +1,40 @@
+#include "automation/automation_methods.h"
+
+#include <exception>
+#include <utility>
+
+#include "automation/mcp_error.h"
+#include "automation/method_groups.h"
+
+namespace corvetta {
+
+AutomationMethods::AutomationMethods(AutomationContext context)
+    : context_(std::make_shared<const AutomationContext>(std::move(context))) {
+    addWindowMethods(methods_, context_);
+    addApplicationMethods(methods_, context_);
+    addNewWindowMethods(methods_, context_);
+    addStatusMethods(methods_, context_);
+}
+
+void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {
+    // A method throws only before it hands the reply on, so an error is answered once.
+    const auto answerError = [&reply](std::string text) {
+        if (reply) {
+            std::exchange(reply, nullptr)(unexpected(std::move(text)));
+        }
+    };
+    const auto found = methods_.find(method);
+    if (found == methods_.end()) {
+        answerError(MCPError::unknownMethod(method).description());
+        return;
+    }
+    try {
+        found->second(MethodParams(params), reply);
+    } catch (const MCPError& error) {
+        answerError(error.description());
+    } catch (const std::exception& error) {
+        answerError(error.what());
+    }
+}
+
+}  // namespace corvetta

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "automation/method_dispatcher.h"
+#include "diagnostics/logbook.h"
+#include "diagnostics/logging_service.h"
+#include "foundation/main_queue.h"
+#include "platform/desktop.h"
+#include "windowing/screen_detection_service.h"
+#include "windowing/window_mover.h"
+#include "windowing/window_snapping_service.h"
+
+namespace corvetta {
+
+// What the socket's methods act on and report.
+struct AutomationContext {
+    Desktop& desktop;
+    MainQueue& queue;
+    ScreenDetectionService& screenDetection;
+    WindowSnappingService& snappingService;
+    WindowMover& windowMover;
+    Logbook& logbook;
+    LoggingService& logging;
+    // "Corvetta 0.1.0".
+    std::string version;
+    // What the program says about the desktop it runs on.
+    std::string desktopDescription;
+    // The status line of the application delegate.
+    std::function<std::string()> statusMessage;
+};
+
+class MethodParams;
+// One method: replies through `reply` (taking it when it answers later), or throws the MCPError
+// or other error to answer with, leaving `reply` in place.
+using MethodHandler = std::function<void(const MethodParams& params, MethodReply& reply)>;
+using MethodTable = std::map<std::string, MethodHandler, std::less<>>;
+
+// The socket's methods: windows, displays, applications, logs, status and sync. Methods that wait
+// (for a window to move, an application to launch or a window to appear) answer later; every wait
+// is bounded. Work still waiting when this object goes away is dropped unanswered.
+class AutomationMethods : public MethodDispatcher {
+public:
+    explicit AutomationMethods(AutomationContext context);
+    AutomationMethods(const AutomationMethods&) = delete;
+    AutomationMethods& operator=(const AutomationMethods&) = delete;
+
+    void dispatch(const std::string& method, const Json& params, MethodReply reply) override;
+
+private:
+    // Shared so waiting work can hold it weakly and find it gone.
+    std::shared_ptr<const AutomationContext> context_;
+    MethodTable methods_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "automation/automation_methods.h"
+#include "windowing/snapping_fixture.h"
+
+namespace corvetta::testing_support {
+
+// The methods over every real window service on a simulated desktop: a 1440x900 primary display
+// (25-point menu bar) and a 1920x1080 one to its right. The editor is in front with a window and a
+// minimized one, and a File menu whose "New Window" opens "Untitled"; the terminal has no menus;
+// notes has a ⌘N item that opens nothing; a helper runs as an accessory; the browser is installed.
+class AutomationMethodsTest : public SnappingTest {
+protected:
+    static constexpr ProcessId kEditor = 100;
+    static constexpr ProcessId kTerminal = 200;
+    static constexpr ProcessId kNotes = 300;
+    static constexpr WindowNumber kMain = 11;
+
+    static SimulatedApplication application(ProcessId pid, const std::string& name,
+                                            std::vector<SimulatedWindow> windows,
+                                            std::vector<SimulatedMenu> menus = {}) {
+        SimulatedApplication app;
+        app.pid = pid;
+        app.bundleIdentifier = "com.example." + name;
+        app.name = name;
+        app.windows = std::move(windows);
+        app.menus = std::move(menus);
+        return app;
+    }
+
+    static SimulatedMenuItem item(std::string title, std::string key = "",
+                                  std::optional<SimulatedWindow> opens = {}) {
+        SimulatedMenuItem menuItem;
+        menuItem.title = std::move(title);
+        menuItem.key = std::move(key);
+        menuItem.opensWindow = std::move(opens);
+        return menuItem;
+    }
+
+    static SimulatedDesktopSetup setup() {
+        SimulatedDesktopSetup s;
+        s.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true},
+                      {2, "External", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1080}, 1, false}};
+        SimulatedWindow minimized{.number = 12, .title = "old.txt", .frame = {0, 25, 300, 200}};
+        minimized.minimized = true;
+        auto tab = item("New Tab", "T");
+        auto newWindow = item("New Window", "N",
+                              SimulatedWindow{.title = "Untitled", .frame = {50, 50, 600, 400}});
+        newWindow.shift = true;
+        auto disabled = item("New Window");
+        disabled.enabled = false;
+        s.applications = {
+            application(
+                kEditor, "editor",
+                {{.number = kMain, .title = "main.cpp", .frame = {100, 100, 800, 600}}, minimized},
+                {{"File", {tab, newWindow}}}),
+            application(kTerminal, "terminal",
+                        {{.number = 21, .title = "zsh", .frame = {0, 25, 400, 300}}}),
+            application(kNotes, "notes", {},
+                        {{"Edit", {item("Undo", "Z")}},
+                         {"File", {disabled, item("New Note"), item("Create", "N")}}}),
+            application(400, "helper", {{.number = 41, .frame = {0, 25, 50, 50}}}),
+        };
+        s.applications.back().activationPolicy = ActivationPolicy::accessory;
+        s.installed = {application(500, "browser", {{.number = 51, .frame = {0, 25, 900, 700}}})};
+        s.frontmost = kEditor;
+        return s;
+    }
+
+    void SetUp() override { startMethods(setup()); }
+
+    void startMethods(SimulatedDesktopSetup desktopSetup) {
+        methods.reset();
+        start(std::move(desktopSetup));
+        methods = std::make_unique<AutomationMethods>(
+            AutomationContext{rig->sim, queue, rig->services.screenDetection, rig->service,
+                              rig->services.mover, logbook, logging, "Corvetta 0.1.0",
+                              "simulated desktop test.json", [] { return std::string("Ready"); }});
+    }
+
+    // Dispatches without running the queue; the replies arrive in `replies`.
+    std::shared_ptr<std::vector<MethodOutcome>> send(const std::string& method,
+                                                     const Json& params = Json::object()) {
+        auto replies = std::make_shared<std::vector<MethodOutcome>>();
+        methods->dispatch(method, params,
+                          [replies](MethodOutcome outcome) { replies->push_back(outcome); });
+        return replies;
+    }
+
+    // Dispatches and runs the queue for a second; exactly one reply must arrive.
+    MethodOutcome call(const std::string& method, const Json& params = Json::object()) {
+        const auto replies = send(method, params);
+        queue.runUntilIdle();
+        queue.advance(std::chrono::seconds(1));
+        EXPECT_EQ(replies->size(), 1u) << method;
+        return replies->empty() ? MethodOutcome(unexpected(std::string("no reply")))
+                                : replies->front();
+    }
+
+    Json result(const std::string& method, const Json& params = Json::object()) {
+        const auto outcome = call(method, params);
+        EXPECT_TRUE(outcome.has_value()) << method << ": " << outcome.error();
+        return outcome ? *outcome : Json();
+    }
+
+    std::string error(const std::string& method, const Json& params = Json::object()) {
+        const auto outcome = call(method, params);
+        EXPECT_FALSE(outcome.has_value()) << method << " answered " << outcome->dump();
+        return outcome ? std::string() : outcome.error();
+    }
+
+    std::unique_ptr<AutomationMethods> methods;
+};
+
+}  // namespace corvetta::testing_support

@@ -1,0 +1,83 @@
+#include "ctl/ctl_help.h"
+
+namespace corvetta {
+
+namespace {
+struct MethodHelp {
+    const char* name;
+    const char* parameters;
+    const char* summary;
+};
+
+// Brackets mark optional parameters.
+constexpr MethodHelp kMethods[] = {
+    {"snap_window", "position=NAME",
+     "snap the frontmost window; NAME is one of leftHalf, rightHalf, topHalf, bottomHalf,\n"
+     "fullscreen, center, leftThird, centerThird, rightThird, leftTwoThirds, centerTwoThirds,\n"
+     "rightTwoThirds, topLeftQuarter, topRightQuarter, bottomLeftQuarter, bottomRightQuarter"},
+    {"perform_action", "action=NAME [rect=[X,Y,W,H]]",
+     "run any window action on the frontmost window, as its shortcut would (rect for \"custom\",\n"
+     "in screen coordinates); also moveToNextDisplay and moveToPreviousDisplay"},
+    {"list_windows", "", "the windows of every regular application"},
+    {"list_displays", "", "the displays with their resolution and scale"},
+    {"get_frontmost_window", "", "the focused window of the frontmost application"},
+    {"get_logs", "[level=LEVEL] [limit=N] [category=TEXT] [service=TEXT] [search=TEXT]",
+     "recent log entries; LEVEL is debug, info, warning or error"},
+    {"open_app", "bundle_id=ID", "launch an application"},
+    {"activate_app", "bundle_id=ID", "bring a running application to the front"},
+    {"open_new_window", "bundle_id=ID", "ask an application for a new window and wait for it"},
+    {"discover_new_window_shortcut", "bundle_id=ID", "find the menu item that opens a new window"},
+    {"inspect_app_windows", "bundle_id=ID", "a diagnostic view of an application's windows"},
+    {"close_app_windows", "bundle_id=ID", "close every window of an application"},
+    {"get_status", "", "the status message, version and desktop"},
+    {"sync", "", "answer once all work queued before it is done and the desktop has caught up"},
+};
+
+std::string indented(const char* text, const std::string& indent) {
+    std::string result = indent;
+    for (const char* c = text; *c; ++c) {
+        result += *c;
+        if (*c == '\n') {
+            result += indent;
+        }
+    }
+    return result;
+}
+}  // namespace
+
+std::string ctlUsageLine() {
+    return "Usage: corvetta-ctl [OPTIONS] METHOD [KEY=VALUE ...]  (see corvetta-ctl --help)";
+}
+
+std::string ctlHelpText(const std::filesystem::path& defaultSocketPath) {
+    std::string text =
+        "Usage: corvetta-ctl [OPTIONS] METHOD [KEY=VALUE ...]\n"
+        "       corvetta-ctl [OPTIONS] --raw REQUEST\n"
+        "\n"
+        "Sends one request to Corvetta's automation socket and prints the answer's result (for\n"
+        "--raw, the whole answer): indented on a terminal, on one line otherwise. A VALUE is read\n"
+        "as JSON when it is valid JSON (5, true, [1,2], \"text\"), as plain text otherwise.\n"
+        "\n"
+        "Options:\n"
+        "  --socket PATH      the server's socket (default: " +
+        defaultSocketPath.string() +
+        ")\n"
+        "  --timeout SECONDS  how long to wait for the answer (default: 30)\n"
+        "  --raw REQUEST      send REQUEST, a JSON object with \"id\", \"method\" and \"params\"\n"
+        "  -h, --help         show this text\n"
+        "\n"
+        "Exit status: 0 when the answer holds a result, 1 when it holds an error, 2 when no\n"
+        "server answers, 64 when the command line is wrong.\n"
+        "\n"
+        "Methods:\n";
+    for (const auto& method : kMethods) {
+        text += "  " + std::string(method.name);
+        if (*method.parameters) {
+            text += " " + std::string(method.parameters);
+        }
+        text += "\n" + indented(method.summary, "      ") + "\n";
+    }
+    return text;
+}
+
+}  // namespace corvetta

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace corvetta {
+
+// The usage text of corvetta-ctl, with the methods it can call and their parameters.
+std::string ctlHelpText(const std::filesystem::path& defaultSocketPath);
+
+// The one-line reminder printed after a usage error.
+std::string ctlUsageLine();
+
+}  // namespace corvetta
