@@ -5,7 +5,9 @@
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 
@@ -65,7 +67,16 @@ MCPBridgeService::StartResult MCPBridgeService::start() {
     if (const auto early = prepareFolderAndPath()) {
         return *early;
     }
+    const auto result = listen();
+    if (result != StartResult::listening) {
+        releaseInstanceLock();
+    }
+    return result;
+}
 
+MCPBridgeService::StartResult MCPBridgeService::listen() {
+    const Logger& logger = log_.logger();
+    const auto address = unixSocketAddress(socketPath_);
     UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM, 0));
     if (!fd.isValid()) {
         logger.error(failedCall("socket", errno));
@@ -119,11 +130,15 @@ std::optional<MCPBridgeService::StartResult> MCPBridgeService::prepareFolderAndP
         logger.error(failedCall("chmod", errno) + " for " + folder.string());
         return StartResult::failed;
     }
+    if (const auto locked = takeInstanceLock()) {
+        return locked;
+    }
 
     if (::lstat(socketPath_.c_str(), &info) == 0 && S_ISSOCK(info.st_mode)) {
         if (isUnixSocketAnswering(socketPath_)) {
             logger.warning("MCPBridgeService: another instance is already listening on " +
                            socketPath_.string());
+            releaseInstanceLock();
             return StartResult::alreadyRunning;
         }
         ::unlink(socketPath_.c_str());
@@ -131,6 +146,33 @@ std::optional<MCPBridgeService::StartResult> MCPBridgeService::prepareFolderAndP
     }
     // Anything else at the path is not ours to remove: bind() reports the clash.
     return std::nullopt;
+}
+
+std::optional<MCPBridgeService::StartResult> MCPBridgeService::takeInstanceLock() {
+    const Logger& logger = log_.logger();
+    const std::string lockPath = socketPath_.string() + ".lock";
+    UniqueFd lock(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lock.isValid()) {
+        logger.error(failedCall("open", errno) + " for " + lockPath);
+        return StartResult::failed;
+    }
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK) {
+            logger.warning("MCPBridgeService: another instance is already listening on " +
+                           socketPath_.string());
+            return StartResult::alreadyRunning;
+        }
+        logger.error(failedCall("flock", errno) + " for " + lockPath);
+        return StartResult::failed;
+    }
+    instanceLockFd_ = lock.release();
+    return std::nullopt;
+}
+
+void MCPBridgeService::releaseInstanceLock() {
+    if (instanceLockFd_ >= 0) {
+        ::close(std::exchange(instanceLockFd_, -1));
+    }
 }
 
 void MCPBridgeService::stop() {
@@ -163,6 +205,7 @@ void MCPBridgeService::stop() {
     if (::lstat(socketPath_.c_str(), &info) == 0 && info.st_ino == socketInode_) {
         ::unlink(socketPath_.c_str());
     }
+    releaseInstanceLock();
     log_.info([] { return std::string("MCPBridgeService stopped"); });
 }
 

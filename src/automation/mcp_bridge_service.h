@@ -68,6 +68,10 @@ private:
     struct Connection;
 
     std::optional<StartResult> prepareFolderAndPath();
+    // Takes the lock beside the socket file; none when taken.
+    std::optional<StartResult> takeInstanceLock();
+    StartResult listen();
+    void releaseInstanceLock();
     void acceptLoop();
     void admit(int fd);
     void serve(Connection& connection);
@@ -84,6 +88,10 @@ private:
     const MCPBridgeOptions options_;
 
     int serverFD_ = -1;
+    // flock'ed "<socket>.lock", held while listening. The system lets it go when the process ends
+    // however it ends, so two copies starting at the same moment cannot both pass the check for a
+    // live socket.
+    int instanceLockFd_ = -1;
     // Identifies the socket file this server bound, so stop() never removes another's.
     ino_t socketInode_ = 0;
     std::unique_ptr<StopSignal> stopSignal_;

@@ -216,6 +216,11 @@ TEST_F(BridgeTest, ASecondInstanceLeavesALiveSocketAloneButReplacesAStaleOne) {
                        socketPath.string()));
     auto client = connect();
     EXPECT_EQ(roundTrip(client, request("1", "echo")), R"({"id":"1","result":{}})");
+    // A copy starting at the very moment the first has not bound its socket yet still sees it
+    // by the lock beside the socket file.
+    std::filesystem::rename(socketPath, socketPath.string() + ".aside");
+    EXPECT_EQ(makeServer()->start(), Start::alreadyRunning);
+    std::filesystem::rename(socketPath.string() + ".aside", socketPath);
     first.reset();
 
     // What a crashed server leaves: the socket file with nobody listening.
