@@ -214,9 +214,6 @@ void AppDelegate::applicationWillTerminate() {
     if (permissionManager_) {
         permissionManager_->stop();
     }
-    if (shortcutService_) {
-        shortcutService_->unregisterAllShortcuts();
-    }
     // Reverse order of dependency: a service never outlives what it holds a reference to.
     mcpBridgeService_.reset();
     shortcutService_.reset();

@@ -57,7 +57,8 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
     } else {
         desktop = openEmptyDesktop(loop);
         logger.warning(
-            "No desktop chosen; running on an empty simulated desktop (pass --desktop=sim:FILE)");
+            "No desktop chosen and no DISPLAY; running on an empty simulated desktop (pass "
+            "--desktop=x11:DISPLAY or --desktop=sim:FILE)");
     }
 
     const auto desktopDescription = describeDesktop(*desktop, options.desktop);

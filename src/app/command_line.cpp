@@ -11,6 +11,7 @@ namespace {
 constexpr std::string_view kDesktopOption = "--desktop";
 constexpr std::string_view kSocketOption = "--socket";
 constexpr std::string_view kSimulatedPrefix = "sim:";
+constexpr std::string_view kX11 = "x11";
 
 Expected<DesktopChoice, CommandLineError> parseDesktop(const std::string& value) {
     if (value.starts_with(kSimulatedPrefix)) {
@@ -18,10 +19,17 @@ Expected<DesktopChoice, CommandLineError> parseDesktop(const std::string& value)
         if (file.empty()) {
             return unexpected(CommandLineError{"option '--desktop=sim:' needs a desktop file"});
         }
-        return DesktopChoice{DesktopChoice::Kind::simulated, file};
+        return DesktopChoice{.kind = DesktopChoice::Kind::simulated, .file = file};
     }
-    return unexpected(
-        CommandLineError{"unsupported desktop '" + value + "' (available: sim:FILE)"});
+    if (value == kX11) {
+        return DesktopChoice{.kind = DesktopChoice::Kind::x11};
+    }
+    if (value.starts_with(std::string(kX11) + ":")) {
+        return DesktopChoice{.kind = DesktopChoice::Kind::x11,
+                             .display = value.substr(kX11.size() + 1)};
+    }
+    return unexpected(CommandLineError{"unsupported desktop '" + value +
+                                       "' (available: x11, x11:DISPLAY, sim:FILE)"});
 }
 
 }  // namespace
@@ -76,6 +84,14 @@ Expected<CommandLineOptions, CommandLineError> parseCommandLine(
     return options;
 }
 
+std::optional<DesktopChoice> defaultDesktopChoice(
+    const std::optional<std::string>& displayVariable) {
+    if (!displayVariable || displayVariable->empty()) {
+        return std::nullopt;
+    }
+    return DesktopChoice{.kind = DesktopChoice::Kind::x11};
+}
+
 std::string helpText() {
     return "Usage: corvetta [options]\n"
            "\n"
@@ -83,6 +99,8 @@ std::string helpText() {
            "automation socket. It runs until it receives Ctrl-C (SIGINT) or SIGTERM.\n"
            "\n"
            "Options:\n"
+           "  --desktop=x11       Act on the X display DISPLAY names (the default when it is\n"
+           "                      set); --desktop=x11:DISPLAY picks another one.\n"
            "  --desktop=sim:FILE  Act on a simulated desktop described by FILE (see\n"
            "                      docs/simulated-desktop.md).\n"
            "  --socket=PATH       Listen for automation requests on PATH instead of the\n"

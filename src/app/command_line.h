@@ -11,10 +11,12 @@ namespace corvetta {
 
 // Which desktop the program acts on.
 struct DesktopChoice {
-    enum class Kind { simulated };
+    enum class Kind { simulated, x11 };
     Kind kind = Kind::simulated;
     // The desktop file of a simulated desktop.
-    std::filesystem::path file;
+    std::filesystem::path file{};
+    // The X display to connect to; empty for the one DISPLAY names.
+    std::string display{};
 
     bool operator==(const DesktopChoice&) const = default;
 };
@@ -34,6 +36,10 @@ struct CommandLineError {
 // Parses the arguments after the program name.
 Expected<CommandLineOptions, CommandLineError> parseCommandLine(
     const std::vector<std::string>& arguments);
+
+// The desktop to use when none was chosen: the X display when DISPLAY names one, else none.
+std::optional<DesktopChoice> defaultDesktopChoice(
+    const std::optional<std::string>& displayVariable);
 
 std::string helpText();
 // "corvetta <version>".

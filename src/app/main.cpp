@@ -5,11 +5,13 @@
 
 #include "app/application.h"
 #include "app/command_line.h"
+#include "foundation/clock.h"
+#include "foundation/paths.h"
 
 int main(int argc, char** argv) {
     using namespace corvetta;
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    const auto options = parseCommandLine(arguments);
+    auto options = parseCommandLine(arguments);
     if (!options) {
         std::fprintf(stderr, "corvetta: %s\nTry 'corvetta --help' for more information.\n",
                      options.error().message.c_str());
@@ -22,6 +24,9 @@ int main(int argc, char** argv) {
     if (options->showVersion) {
         std::puts(versionText().c_str());
         return 0;
+    }
+    if (!options->desktop) {
+        options->desktop = defaultDesktopChoice(processEnvironment()("DISPLAY"));
     }
     try {
         SystemClock clock;

@@ -54,17 +54,26 @@ TEST(CommandLine, DesktopChoice) {
     for (const auto& [arguments, file] : accepted) {
         const auto options = parseCommandLine(arguments);
         ASSERT_TRUE(options.has_value()) << options.error().message;
-        EXPECT_EQ(options->desktop, (DesktopChoice{DesktopChoice::Kind::simulated, file}));
+        EXPECT_EQ(options->desktop,
+                  (DesktopChoice{.kind = DesktopChoice::Kind::simulated, .file = file}));
     }
     EXPECT_FALSE(parseCommandLine({})->desktop.has_value());
+    EXPECT_EQ(parseCommandLine({"--desktop=x11"})->desktop,
+              DesktopChoice{.kind = DesktopChoice::Kind::x11});
+    EXPECT_EQ(parseCommandLine({"--desktop", "x11::7"})->desktop,
+              (DesktopChoice{.kind = DesktopChoice::Kind::x11, .display = ":7"}));
+    EXPECT_EQ(defaultDesktopChoice(":0"), DesktopChoice{.kind = DesktopChoice::Kind::x11});
+    EXPECT_EQ(defaultDesktopChoice(""), std::nullopt);
+    EXPECT_EQ(defaultDesktopChoice(std::nullopt), std::nullopt);
     EXPECT_EQ(parseCommandLine({"--socket", "/tmp/c.sock"})->socketPath, "/tmp/c.sock");
     EXPECT_EQ(parseCommandLine({"--socket=/run/x.sock"})->socketPath, "/run/x.sock");
 
     const std::pair<Arguments, std::string> refused[] = {
         {{"--desktop"}, "option '--desktop' needs a value"},
         {{"--desktop=sim:"}, "option '--desktop=sim:' needs a desktop file"},
-        {{"--desktop=wayland"}, "unsupported desktop 'wayland' (available: sim:FILE)"},
-        {{"--desktop="}, "unsupported desktop '' (available: sim:FILE)"},
+        {{"--desktop=wayland"},
+         "unsupported desktop 'wayland' (available: x11, x11:DISPLAY, sim:FILE)"},
+        {{"--desktop="}, "unsupported desktop '' (available: x11, x11:DISPLAY, sim:FILE)"},
         {{"--desktops=sim:x"}, "unrecognized option '--desktops=sim:x'"},
         {{"--socket"}, "option '--socket' needs a value"},
         {{"--socket="}, "option '--socket' needs a path"},

@@ -12,14 +12,16 @@ extern char** environ;
 namespace corvetta::testing {
 
 // The test's own environment (sanitizer options, locale) with HOME and the XDG folders moved
-// inside `root` ("home", "config", "data"), so a child never touches the real home.
+// inside `root` ("home", "config", "data"), so a child never touches the real home, and without
+// DISPLAY, so it never reaches the user's screen: a test that wants an X display adds its own.
 inline std::vector<std::string> isolatedEnvironment(const std::filesystem::path& root) {
     std::vector<std::string> environment = {"HOME=" + (root / "home").string(),
                                             "XDG_CONFIG_HOME=" + (root / "config").string(),
                                             "XDG_DATA_HOME=" + (root / "data").string()};
     for (char** variable = environ; *variable; ++variable) {
         const std::string text = *variable;
-        if (!text.starts_with("HOME=") && !text.starts_with("XDG_")) {
+        if (!text.starts_with("HOME=") && !text.starts_with("XDG_") &&
+            !text.starts_with("DISPLAY=")) {
             environment.push_back(text);
         }
     }

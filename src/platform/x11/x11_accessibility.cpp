@@ -1,0 +1,394 @@
+#include "platform/x11/x11_accessibility.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+
+#include <xcb/xcb_icccm.h>
+
+namespace corvetta {
+
+namespace {
+
+constexpr std::uint64_t kCloseButtonBit = std::uint64_t{1} << 63;
+constexpr std::string_view kRole = "AXRole";
+
+// _NET_MOVERESIZE_WINDOW flags: NorthWest gravity (x, y place the frame's outer corner), which of
+// x, y, width, height are given, and source 2 (acting for the user, as a pager does).
+constexpr std::uint32_t kNorthWestGravity = 1;
+constexpr std::uint32_t kHasX = 1u << 8;
+constexpr std::uint32_t kHasY = 1u << 9;
+constexpr std::uint32_t kHasWidth = 1u << 10;
+constexpr std::uint32_t kHasHeight = 1u << 11;
+constexpr std::uint32_t kSourcePager = 2u << 12;
+
+constexpr std::uint32_t kStateRemove = 0;
+constexpr std::uint32_t kStateAdd = 1;
+
+AXErrorCode errorOf(const X11Error& error) {
+    // A window that went away is an element that no longer exists; anything else means the
+    // server did not do what was asked.
+    return error.code == X11Error::kBadWindow ? AXErrorCode::invalidUIElement
+                                              : AXErrorCode::cannotComplete;
+}
+
+bool processExists(ProcessId process) {
+    return process > 0 && (::kill(process, 0) == 0 || errno == EPERM);
+}
+
+bool isFinite(Point p) {
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
+bool isFinite(Size s) {
+    return std::isfinite(s.width) && std::isfinite(s.height);
+}
+
+}  // namespace
+
+Expected<X11Accessibility::Resolved, AXErrorCode> X11Accessibility::resolve(
+    const AXElement& element) {
+    if (!element.isValid()) {
+        return unexpected(AXErrorCode::illegalArgument);
+    }
+    if (element.token() == 0) {
+        if (!processExists(element.process())) {
+            return unexpected(AXErrorCode::invalidUIElement);
+        }
+        return Resolved{Kind::application, XCB_WINDOW_NONE};
+    }
+    const auto id = element.token() & ~kCloseButtonBit;
+    const auto window = static_cast<xcb_window_t>(id);
+    const auto windows = applications_.windowsOf(element.process());
+    if (id != window || std::ranges::find(windows, window) == windows.end()) {
+        return unexpected(AXErrorCode::invalidUIElement);
+    }
+    return Resolved{(element.token() & kCloseButtonBit) != 0 ? Kind::closeButton : Kind::window,
+                    window};
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::copyAttributeValue(const AXElement& element,
+                                                                    std::string_view attribute) {
+    const auto resolved = resolve(element);
+    if (!resolved) {
+        return unexpected(resolved.error());
+    }
+    switch (resolved->kind) {
+        case Kind::application:
+            return applicationAttribute(element.process(), attribute);
+        case Kind::window:
+            return windowAttribute(element.process(), resolved->window, attribute);
+        case Kind::closeButton:
+            if (attribute == kRole) {
+                return AXValue(std::string("AXButton"));
+            }
+            if (attribute == AXAttribute::kSubrole) {
+                return AXValue(std::string(AXAttribute::kCloseButton));
+            }
+            return unexpected(AXErrorCode::attributeUnsupported);
+    }
+    return unexpected(AXErrorCode::failure);
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::applicationAttribute(ProcessId process,
+                                                                      std::string_view attribute) {
+    if (attribute == AXAttribute::kWindows) {
+        std::vector<AXElement> windows;
+        for (const auto window : applications_.windowsOf(process)) {
+            windows.emplace_back(process, window);
+        }
+        return AXValue(std::move(windows));
+    }
+    if (attribute == AXAttribute::kFocusedWindow) {
+        auto active = properties_.values(connection_.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
+        const auto windows = applications_.windowsOf(process);
+        if (!active || active->empty() ||
+            std::ranges::find(windows, active->front()) == windows.end()) {
+            return unexpected(AXErrorCode::noValue);
+        }
+        return AXValue(AXElement(process, active->front()));
+    }
+    if (attribute == AXAttribute::kTitle) {
+        auto application = applications_.runningApplication(process);
+        if (!application) {
+            return unexpected(AXErrorCode::noValue);
+        }
+        return AXValue(application->localizedName);
+    }
+    if (attribute == kRole) {
+        return AXValue(std::string("AXApplication"));
+    }
+    return unexpected(AXErrorCode::attributeUnsupported);
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId process,
+                                                                 xcb_window_t window,
+                                                                 std::string_view attribute) {
+    if (attribute == AXAttribute::kPosition || attribute == AXAttribute::kSize) {
+        auto frame = properties_.frameRect(window);
+        if (!frame) {
+            return unexpected(errorOf(frame.error()));
+        }
+        const Rect rect = screens_.coordinates().toAccessibility(*frame);
+        return attribute == AXAttribute::kPosition ? AXValue(rect.origin) : AXValue(rect.size);
+    }
+    if (attribute == AXAttribute::kMinimized || attribute == AXAttribute::kFullScreen) {
+        auto state = properties_.hasState(window, attribute == AXAttribute::kMinimized
+                                                      ? "_NET_WM_STATE_HIDDEN"
+                                                      : "_NET_WM_STATE_FULLSCREEN");
+        if (!state) {
+            return unexpected(errorOf(state.error()));
+        }
+        return AXValue(*state);
+    }
+    if (attribute == AXAttribute::kMinSize) {
+        xcb_size_hints_t hints{};
+        if (!xcb_icccm_get_wm_normal_hints_reply(
+                connection_.raw(), xcb_icccm_get_wm_normal_hints(connection_.raw(), window), &hints,
+                nullptr) ||
+            (hints.flags & XCB_ICCCM_SIZE_HINT_P_MIN_SIZE) == 0) {
+            return unexpected(AXErrorCode::attributeUnsupported);
+        }
+        auto extents = properties_.frameExtents(window);
+        if (!extents) {
+            return unexpected(errorOf(extents.error()));
+        }
+        return AXValue(
+            Size{static_cast<double>(hints.min_width + extents->left + extents->right),
+                 static_cast<double>(hints.min_height + extents->top + extents->bottom)});
+    }
+    if (attribute == AXAttribute::kTitle) {
+        auto title = properties_.title(window);
+        if (!title) {
+            return unexpected(errorOf(title.error()));
+        }
+        return AXValue(std::move(*title));
+    }
+    if (attribute == AXAttribute::kSubrole) {
+        auto types = properties_.values(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+        if (!types) {
+            return unexpected(errorOf(types.error()));
+        }
+        // Windows that name no type are normal ones, as the hints define.
+        const bool standard =
+            types->empty() || types->front() == connection_.atom("_NET_WM_WINDOW_TYPE_NORMAL");
+        const bool dialog =
+            !types->empty() && types->front() == connection_.atom("_NET_WM_WINDOW_TYPE_DIALOG");
+        return AXValue(std::string(standard ? kStandardWindowSubrole
+                                   : dialog ? std::string_view("AXDialog")
+                                            : std::string_view("AXFloatingWindow")));
+    }
+    if (attribute == AXAttribute::kCloseButton) {
+        return AXValue(AXElement(process, window | kCloseButtonBit));
+    }
+    if (attribute == AXAttribute::kWindowId) {
+        return AXValue(static_cast<std::int64_t>(window));
+    }
+    if (attribute == kRole) {
+        return AXValue(std::string("AXWindow"));
+    }
+    return unexpected(AXErrorCode::attributeUnsupported);
+}
+
+AXErrorCode X11Accessibility::setAttributeValue(const AXElement& element,
+                                                std::string_view attribute, const AXValue& value) {
+    const auto resolved = resolve(element);
+    if (!resolved) {
+        return resolved.error();
+    }
+    if (resolved->kind != Kind::window) {
+        return AXErrorCode::attributeUnsupported;
+    }
+    const auto window = resolved->window;
+    if (attribute == AXAttribute::kPosition) {
+        const auto* position = std::get_if<Point>(&value);
+        if (position == nullptr || !isFinite(*position)) {
+            return AXErrorCode::illegalArgument;
+        }
+        return moveResize(window, *position, std::nullopt);
+    }
+    if (attribute == AXAttribute::kSize) {
+        const auto* size = std::get_if<Size>(&value);
+        if (size == nullptr || !isFinite(*size) || size->width < 1 || size->height < 1) {
+            return AXErrorCode::illegalArgument;
+        }
+        return moveResize(window, std::nullopt, *size);
+    }
+    if (attribute == AXAttribute::kFullScreen || attribute == AXAttribute::kMinimized) {
+        const auto* flag = std::get_if<bool>(&value);
+        if (flag == nullptr) {
+            return AXErrorCode::illegalArgument;
+        }
+        if (attribute == AXAttribute::kFullScreen) {
+            return setState(window, "_NET_WM_STATE_FULLSCREEN", *flag);
+        }
+        if (*flag) {
+            sendToRoot(window, "WM_CHANGE_STATE", {XCB_ICCCM_WM_STATE_ICONIC, 0, 0, 0, 0});
+        } else {
+            sendToRoot(window, "_NET_ACTIVE_WINDOW", {2, XCB_CURRENT_TIME, 0, 0, 0});
+        }
+        connection_.flush();
+        return AXErrorCode::success;
+    }
+    return AXErrorCode::attributeUnsupported;
+}
+
+AXErrorCode X11Accessibility::performAction(const AXElement& element, std::string_view action) {
+    const auto resolved = resolve(element);
+    if (!resolved) {
+        return resolved.error();
+    }
+    if (resolved->kind == Kind::closeButton && action == AXAction::kPress) {
+        sendToRoot(resolved->window, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, 2, 0, 0, 0});
+    } else if (resolved->kind == Kind::window && action == AXAction::kRaise) {
+        sendToRoot(resolved->window, "_NET_ACTIVE_WINDOW", {2, XCB_CURRENT_TIME, 0, 0, 0});
+    } else {
+        return AXErrorCode::actionUnsupported;
+    }
+    connection_.flush();
+    return AXErrorCode::success;
+}
+
+Expected<ProcessId, AXErrorCode> X11Accessibility::processOf(const AXElement& element) {
+    const auto resolved = resolve(element);
+    if (!resolved) {
+        return unexpected(resolved.error());
+    }
+    return element.process();
+}
+
+AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Point> position,
+                                         std::optional<Size> size) {
+    if (const auto failed = unmaximize(window); failed != AXErrorCode::success) {
+        return failed;
+    }
+    auto frame = properties_.frameRect(window);
+    auto extents = properties_.frameExtents(window);
+    if (!frame || !extents) {
+        return errorOf(!frame ? frame.error() : extents.error());
+    }
+    std::uint32_t flags = kNorthWestGravity | kSourcePager;
+    RootRect target = *frame;
+    if (position) {
+        std::tie(target.x, target.y) = screens_.coordinates().toRoot(*position);
+        flags |= kHasX | kHasY;
+    }
+    if (size) {
+        target.width = static_cast<int>(std::lround(size->width));
+        target.height = static_cast<int>(std::lround(size->height));
+        flags |= kHasWidth | kHasHeight;
+    }
+    if (target == *frame) {
+        return AXErrorCode::success;
+    }
+    // The request sizes the client; the frame's decorations come on top.
+    const int clientWidth = std::max(1, target.width - extents->left - extents->right);
+    const int clientHeight = std::max(1, target.height - extents->top - extents->bottom);
+    sendToRoot(window, "_NET_MOVERESIZE_WINDOW",
+               {flags, static_cast<std::uint32_t>(target.x), static_cast<std::uint32_t>(target.y),
+                static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
+    // Done when the frame is where it was asked to be, or has changed at all: the window manager
+    // may round the size to the window's steps or keep it above its minimum. One that refuses
+    // outright changes nothing, and the wait ends at its bound; the next read tells either way.
+    const RootRect before = *frame;
+    waitUntil(window, [&] {
+        auto now = properties_.frameRect(window);
+        return !now || *now == target || *now != before;
+    });
+    return AXErrorCode::success;
+}
+
+AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {
+    auto vertical = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT");
+    auto horizontal = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
+    if (!vertical || !horizontal) {
+        return errorOf(!vertical ? vertical.error() : horizontal.error());
+    }
+    if (!*vertical && !*horizontal) {
+        return AXErrorCode::success;
+    }
+    // A maximized window would take the request as the size to restore to later.
+    const auto maximized = properties_.frameRect(window);
+    const auto maximizedExtents = properties_.frameExtents(window);
+    sendToRoot(window, "_NET_WM_STATE",
+               {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
+                connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
+    waitUntil(window, [&] {
+        auto stillVertical = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT");
+        auto stillHorizontal = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
+        auto now = properties_.frameRect(window);
+        // The decorations change too, and the size asked next is reckoned with them.
+        auto extents = properties_.frameExtents(window);
+        return !stillVertical || !stillHorizontal || !now || !extents ||
+               (!*stillVertical && !*stillHorizontal && (!maximized || *now != *maximized) &&
+                (!maximizedExtents || extents->top != maximizedExtents->top ||
+                 extents->left != maximizedExtents->left));
+    });
+    return AXErrorCode::success;
+}
+
+AXErrorCode X11Accessibility::setState(xcb_window_t window, std::string_view state, bool on) {
+    auto current = properties_.hasState(window, state);
+    if (!current) {
+        return errorOf(current.error());
+    }
+    if (*current == on) {
+        return AXErrorCode::success;
+    }
+    sendToRoot(window, "_NET_WM_STATE",
+               {on ? kStateAdd : kStateRemove, connection_.atom(state), 0, 2, 0});
+    waitUntil(window, [&] {
+        auto now = properties_.hasState(window, state);
+        return !now || *now == on;
+    });
+    return AXErrorCode::success;
+}
+
+void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
+                                  const std::array<std::uint32_t, 5>& data) {
+    // Selected on the client window itself before asking, so the answer cannot come first: the
+    // window manager answers a move with a synthetic ConfigureNotify there, a resize with a real
+    // one, and a change of state by rewriting _NET_WM_STATE.
+    const std::uint32_t mask[] = {XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE};
+    xcb_change_window_attributes(connection_.raw(), window, XCB_CW_EVENT_MASK, mask);
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = connection_.atom(type);
+    std::ranges::copy(data, message.data.data32);
+    xcb_send_event(connection_.raw(), 0, connection_.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&message));
+}
+
+bool X11Accessibility::waitUntil(xcb_window_t window, const std::function<bool()>& applied) {
+    const auto deadline = std::chrono::steady_clock::now() + kApplyPatience;
+    auto aboutWindow = [window](const xcb_generic_event_t& event) {
+        switch (event.response_type & 0x7f) {
+            case XCB_CONFIGURE_NOTIFY:
+                return reinterpret_cast<const xcb_configure_notify_event_t&>(event).window ==
+                       window;
+            case XCB_PROPERTY_NOTIFY:
+                return reinterpret_cast<const xcb_property_notify_event_t&>(event).window == window;
+            default:
+                return false;
+        }
+    };
+    // Events already on their way may be answers to an earlier request: each is only a cue to
+    // read the window again.
+    while (true) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0 || !connection_.waitForEvent(aboutWindow, left)) {
+            return applied();
+        }
+        if (applied()) {
+            return true;
+        }
+    }
+}
+
+}  // namespace corvetta

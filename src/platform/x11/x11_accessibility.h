@@ -1,0 +1,73 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "platform/accessibility.h"
+#include "platform/x11/x11_applications.h"
+#include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_properties.h"
+#include "platform/x11/x11_screens.h"
+
+namespace corvetta {
+
+// The accessibility interface, emulated over the window manager's hints. An application element
+// is a process (token 0); a window element's token is its client window's id, its close button the
+// same id with the top bit set. Positions and sizes are the outer frame, decorations included,
+// read anew on every call. A position or size set is a _NET_MOVERESIZE_WINDOW request (a
+// maximized window is restored first), and the call returns once the window manager has applied
+// it, which its ConfigureNotify and property changes announce, or after `kApplyPatience`, so a
+// read right after sees the outcome. X has no permission to grant:
+// every process is trusted.
+class X11Accessibility final : public AccessibilityPort {
+public:
+    // How long a set waits for the window manager; it answers in about a millisecond.
+    static constexpr std::chrono::milliseconds kApplyPatience{250};
+
+    X11Accessibility(X11Connection& connection, const X11Screens& screens,
+                     X11Applications& applications)
+        : connection_(connection),
+          screens_(screens),
+          applications_(applications),
+          properties_(connection) {}
+
+    bool isProcessTrusted() const override { return true; }
+    AXElement applicationElement(ProcessId process) override { return AXElement(process, 0); }
+    Expected<AXValue, AXErrorCode> copyAttributeValue(const AXElement& element,
+                                                      std::string_view attribute) override;
+    AXErrorCode setAttributeValue(const AXElement& element, std::string_view attribute,
+                                  const AXValue& value) override;
+    AXErrorCode performAction(const AXElement& element, std::string_view action) override;
+    Expected<ProcessId, AXErrorCode> processOf(const AXElement& element) override;
+
+private:
+    enum class Kind { application, window, closeButton };
+    struct Resolved {
+        Kind kind = Kind::application;
+        xcb_window_t window = XCB_WINDOW_NONE;
+    };
+    Expected<Resolved, AXErrorCode> resolve(const AXElement& element);
+    Expected<AXValue, AXErrorCode> applicationAttribute(ProcessId process,
+                                                        std::string_view attribute);
+    Expected<AXValue, AXErrorCode> windowAttribute(ProcessId process, xcb_window_t window,
+                                                   std::string_view attribute);
+    AXErrorCode moveResize(xcb_window_t window, std::optional<Point> position,
+                           std::optional<Size> size);
+    AXErrorCode setState(xcb_window_t window, std::string_view state, bool on);
+    AXErrorCode unmaximize(xcb_window_t window);
+    void sendToRoot(xcb_window_t window, std::string_view type,
+                    const std::array<std::uint32_t, 5>& data);
+    // Waits for the window manager's answer about the window until `applied` holds, at most
+    // kApplyPatience; whether it held in the end.
+    bool waitUntil(xcb_window_t window, const std::function<bool()>& applied);
+
+    X11Connection& connection_;
+    const X11Screens& screens_;
+    X11Applications& applications_;
+    X11Properties properties_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include "platform/pointer.h"
+#include "platform/x11/x11_input.h"
+
+namespace corvetta {
+
+// Where the pointer is, asked of the server each time.
+class X11Pointer final : public PointerPort {
+public:
+    X11Pointer(xcb_connection_t* connection, xcb_window_t root,
+               PrimaryMonitorInRoot primaryMonitorInRoot);
+
+    // The last location known when the server does not answer.
+    Point mouseLocation() const override;
+
+private:
+    xcb_connection_t* connection_;
+    xcb_window_t root_;
+    PrimaryMonitorInRoot primaryMonitorInRoot_;
+    mutable Point lastLocation_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,124 @@
+#include "platform/x11/x11_properties.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace corvetta {
+
+namespace {
+
+// Long enough for every property the backend reads (client lists included), in 32-bit units.
+constexpr std::uint32_t kMaximumLength = 1 << 20;
+
+}  // namespace
+
+Expected<std::vector<std::uint32_t>, X11Error> X11Properties::values(xcb_window_t window,
+                                                                     std::string_view property,
+                                                                     xcb_atom_t type) {
+    auto answer =
+        connection_.reply(xcb_get_property_reply,
+                          xcb_get_property(connection_.raw(), 0, window, connection_.atom(property),
+                                           type, 0, kMaximumLength));
+    if (!answer) {
+        return unexpected(answer.error());
+    }
+    const auto* reply = answer->get();
+    std::vector<std::uint32_t> result;
+    if (reply->format != 32 || reply->type != type) {
+        return result;
+    }
+    const auto count = static_cast<std::size_t>(xcb_get_property_value_length(reply)) / 4;
+    if (count > 0) {
+        result.resize(count);
+        std::memcpy(result.data(), xcb_get_property_value(reply), count * 4);
+    }
+    return result;
+}
+
+Expected<std::string, X11Error> X11Properties::bytes(xcb_window_t window, xcb_atom_t property,
+                                                     xcb_atom_t type) {
+    auto answer = connection_.reply(
+        xcb_get_property_reply,
+        xcb_get_property(connection_.raw(), 0, window, property, type, 0, kMaximumLength));
+    if (!answer) {
+        return unexpected(answer.error());
+    }
+    const auto* reply = answer->get();
+    if (reply->format != 8) {
+        return std::string();
+    }
+    return std::string(static_cast<const char*>(xcb_get_property_value(reply)),
+                       static_cast<std::size_t>(xcb_get_property_value_length(reply)));
+}
+
+Expected<std::string, X11Error> X11Properties::title(xcb_window_t window) {
+    auto name = bytes(window, connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"));
+    if (!name || !name->empty()) {
+        return name;
+    }
+    return bytes(window, XCB_ATOM_WM_NAME);
+}
+
+Expected<std::optional<std::int32_t>, X11Error> X11Properties::processOf(xcb_window_t window) {
+    auto pid = cardinals(window, "_NET_WM_PID");
+    if (!pid) {
+        return unexpected(pid.error());
+    }
+    if (pid->empty() || pid->front() == 0) {
+        return std::optional<std::int32_t>();
+    }
+    return std::optional<std::int32_t>(static_cast<std::int32_t>(pid->front()));
+}
+
+Expected<FrameExtents, X11Error> X11Properties::frameExtents(xcb_window_t window) {
+    auto extents = cardinals(window, "_NET_FRAME_EXTENTS");
+    if (!extents) {
+        return unexpected(extents.error());
+    }
+    FrameExtents result;
+    if (extents->size() >= 4) {
+        result = {static_cast<int>((*extents)[0]), static_cast<int>((*extents)[1]),
+                  static_cast<int>((*extents)[2]), static_cast<int>((*extents)[3])};
+    }
+    return result;
+}
+
+Expected<RootRect, X11Error> X11Properties::clientRect(xcb_window_t window) {
+    auto* raw = connection_.raw();
+    const auto geometryCookie = xcb_get_geometry(raw, window);
+    const auto translateCookie = xcb_translate_coordinates(raw, window, connection_.root(), 0, 0);
+    auto geometry = connection_.reply(xcb_get_geometry_reply, geometryCookie);
+    auto translated = connection_.reply(xcb_translate_coordinates_reply, translateCookie);
+    if (!geometry) {
+        return unexpected(geometry.error());
+    }
+    if (!translated) {
+        return unexpected(translated.error());
+    }
+    return RootRect{(*translated)->dst_x, (*translated)->dst_y, (*geometry)->width,
+                    (*geometry)->height};
+}
+
+Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
+    auto client = clientRect(window);
+    if (!client) {
+        return client;
+    }
+    auto extents = frameExtents(window);
+    if (!extents) {
+        return unexpected(extents.error());
+    }
+    return RootRect{client->x - extents->left, client->y - extents->top,
+                    client->width + extents->left + extents->right,
+                    client->height + extents->top + extents->bottom};
+}
+
+Expected<bool, X11Error> X11Properties::hasState(xcb_window_t window, std::string_view state) {
+    auto states = values(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
+    if (!states) {
+        return unexpected(states.error());
+    }
+    return std::ranges::find(*states, connection_.atom(state)) != states->end();
+}
+
+}  // namespace corvetta

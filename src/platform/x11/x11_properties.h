@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+#include "foundation/expected.h"
+#include "platform/x11/x11_connection.h"
+
+namespace corvetta {
+
+// A rectangle in root-window coordinates (pixels, top-left origin of the X screen).
+struct RootRect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    bool contains(int px, int py) const {
+        return px >= x && py >= y && px < x + width && py < y + height;
+    }
+    bool operator==(const RootRect&) const = default;
+};
+
+// _NET_FRAME_EXTENTS: what the window manager's decorations add on each side.
+struct FrameExtents {
+    int left = 0;
+    int right = 0;
+    int top = 0;
+    int bottom = 0;
+};
+
+// Typed reads of window properties. A window that has gone gives BadWindow; a property that is
+// absent or of another type gives an empty answer.
+class X11Properties {
+public:
+    explicit X11Properties(X11Connection& connection) : connection_(connection) {}
+
+    // 32-bit values (CARDINAL, WINDOW, ATOM lists).
+    Expected<std::vector<std::uint32_t>, X11Error> values(xcb_window_t window,
+                                                          std::string_view property,
+                                                          xcb_atom_t type);
+    Expected<std::vector<std::uint32_t>, X11Error> cardinals(xcb_window_t window,
+                                                             std::string_view property) {
+        return values(window, property, XCB_ATOM_CARDINAL);
+    }
+    // The raw bytes of an 8-bit property of any type.
+    Expected<std::string, X11Error> bytes(xcb_window_t window, xcb_atom_t property,
+                                          xcb_atom_t type = XCB_ATOM_ANY);
+    // _NET_WM_NAME, else WM_NAME; empty when neither is set.
+    Expected<std::string, X11Error> title(xcb_window_t window);
+    // The client's process, _NET_WM_PID; none when it does not say.
+    Expected<std::optional<std::int32_t>, X11Error> processOf(xcb_window_t window);
+    // _NET_FRAME_EXTENTS, read anew each time (they change with maximizing); zero when absent.
+    Expected<FrameExtents, X11Error> frameExtents(xcb_window_t window);
+    // The client area in root coordinates.
+    Expected<RootRect, X11Error> clientRect(xcb_window_t window);
+    // The outer frame, decorations included, in root coordinates.
+    Expected<RootRect, X11Error> frameRect(xcb_window_t window);
+    // Whether _NET_WM_STATE holds the state atom.
+    Expected<bool, X11Error> hasState(xcb_window_t window, std::string_view state);
+
+private:
+    X11Connection& connection_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/screen.h"
+#include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_coordinates.h"
+#include "platform/x11/x11_properties.h"
+
+namespace corvetta {
+
+// One RandR monitor in root coordinates.
+struct X11Monitor {
+    xcb_atom_t name = XCB_ATOM_NONE;
+    RootRect rect;
+    bool primary = false;
+};
+
+// The displays port over RandR 1.5 monitors: the RandR primary first (else the first monitor),
+// numbered by their names' atoms, which stay the same while the server runs. Visible frames leave
+// out what panels and docks reserve (_NET_WORKAREA and every client's struts). Changes to the
+// monitors or to the work area are announced once per burst of events.
+class X11Screens final : public ScreenPort {
+public:
+    explicit X11Screens(X11Connection& connection);
+    ~X11Screens() override;
+    X11Screens(const X11Screens&) = delete;
+    X11Screens& operator=(const X11Screens&) = delete;
+
+    std::vector<Screen> screens() const override;
+    // The monitor holding the centre of the active window, else the primary.
+    std::optional<Screen> mainScreen() const override;
+    [[nodiscard]] Registration observeScreenParameters(std::function<void()> handler) override;
+
+    // The monitors, primary first; the whole root window when RandR names none.
+    std::vector<X11Monitor> monitors() const;
+    // The conversions from root coordinates, as the monitors are now.
+    X11Coordinates coordinates() const;
+
+private:
+    bool handleEvent(const xcb_generic_event_t& event);
+    void announceSoon();
+    std::optional<RootRect> workArea() const;
+
+    struct Observers;
+    X11Connection& connection_;
+    mutable X11Properties properties_;
+    std::uint8_t randrFirstEvent_ = 0;
+    bool hasRandr_ = false;
+    std::shared_ptr<Observers> observers_;
+    Registration events_;
+};
+
+}  // namespace corvetta

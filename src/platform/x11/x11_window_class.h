@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/x11/x11_properties.h"
+
+namespace corvetta {
+
+// WM_CLASS: the instance name and the class name the application gave its window.
+struct X11WindowClass {
+    std::string instanceName;
+    std::string className;
+};
+
+// None when the window has no (or an empty) WM_CLASS, or is gone.
+inline std::optional<X11WindowClass> readWindowClass(X11Properties& properties,
+                                                     xcb_window_t window) {
+    auto text = properties.bytes(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING);
+    if (!text || text->empty()) {
+        return std::nullopt;
+    }
+    // Two NUL-terminated strings, instance then class.
+    const auto split = text->find('\0');
+    X11WindowClass result;
+    result.instanceName = text->substr(0, split);
+    if (split != std::string::npos) {
+        result.className = text->substr(split + 1);
+        if (const auto end = result.className.find('\0'); end != std::string::npos) {
+            result.className.resize(end);
+        }
+    }
+    if (result.className.empty()) {
+        result.className = result.instanceName;
+    }
+    return result;
+}
+
+}  // namespace corvetta

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/window_list.h"
+#include "platform/x11/x11_connection.h"
+#include "platform/x11/x11_properties.h"
+#include "platform/x11/x11_screens.h"
+
+namespace corvetta {
+
+// The window list from _NET_CLIENT_LIST_STACKING, front to back. A window's number is its client
+// window's id (what "_AXWindowID" gives for it), its bounds the outer frame in accessibility
+// space. Minimized (hidden), unmapped and desktop windows are not on screen; docks sit on the
+// Dock's layer and keep-above windows on the floating layer.
+class X11WindowList final : public WindowListPort {
+public:
+    static constexpr int kFloatingLayer = 3;
+    static constexpr int kDockLayer = 20;
+
+    X11WindowList(X11Connection& connection, const X11Screens& screens)
+        : connection_(connection), screens_(screens), properties_(connection) {}
+
+    std::vector<WindowListEntry> onScreenWindows() const override;
+
+private:
+    std::optional<WindowListEntry> entryOf(xcb_window_t window,
+                                           const X11Coordinates& coordinates) const;
+
+    X11Connection& connection_;
+    const X11Screens& screens_;
+    mutable X11Properties properties_;
+};
+
+}  // namespace corvetta

@@ -1,0 +1,182 @@
+// The real program on the virtual desktop: every action is asked for twice, once by the hot key a
+// person would press (XTest) and once over the automation socket, and the result is read from the
+// X server itself.
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <X11/keysym.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "e2e_desktop.h"
+
+namespace corvetta::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+const std::vector<uint32_t> kControlOption = {XK_Control_L, XK_Alt_L};
+const std::vector<uint32_t> kControlOptionCommand = {XK_Control_L, XK_Alt_L, XK_Super_L};
+
+std::vector<uint32_t> with(std::vector<uint32_t> modifiers, uint32_t key) {
+    modifiers.push_back(key);
+    return modifiers;
+}
+
+// Thirds do not divide the screen evenly: a pixel either way is the rounding's, not a fault.
+::testing::AssertionResult near(const XFrame& actual, const XFrame& expected) {
+    const int slack = 1;
+    if (std::abs(actual.x - expected.x) <= slack && std::abs(actual.y - expected.y) <= slack &&
+        std::abs(actual.width - expected.width) <= slack &&
+        std::abs(actual.height - expected.height) <= slack) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure() << actual << " is not " << expected;
+}
+
+class CorvettaOnX11 : public E2eDesktop {
+protected:
+    enum class Through { hotKey, socket };
+
+    // A fresh window, active, moved by `action` through `through`.
+    uint32_t act(Through through, const std::vector<uint32_t>& keys, const std::string& action,
+                 std::vector<std::string> client = {"--geometry", "400x300+200+150"}) {
+        const uint32_t window = startClient(std::move(client));
+        EXPECT_TRUE(x().activate(window));
+        if (through == Through::hotKey) {
+            EXPECT_TRUE(x().pressKeys(keys));
+        } else {
+            EXPECT_THAT(request("perform_action", R"({"action":")" + action + R"("})"),
+                        Not(HasSubstr("error")));
+        }
+        sync();
+        return window;
+    }
+};
+
+struct Snap {
+    const char* action;
+    uint32_t key;
+    XFrame frame;  // on a 1280 x 800 screen
+};
+
+const Snap kSnaps[] = {
+    {"leftHalf", XK_Left, {0, 0, 640, 800}},
+    {"rightHalf", XK_Right, {640, 0, 640, 800}},
+    {"topHalf", XK_Up, {0, 0, 1280, 400}},
+    {"bottomHalf", XK_Down, {0, 400, 1280, 400}},
+    {"leftThird", XK_d, {0, 0, 427, 800}},
+    {"centerThird", XK_f, {427, 0, 427, 800}},
+    {"rightThird", XK_g, {853, 0, 427, 800}},
+    {"leftTwoThirds", XK_e, {0, 0, 853, 800}},
+    {"topLeftQuarter", XK_u, {0, 0, 640, 400}},
+    {"topRightQuarter", XK_i, {640, 0, 640, 400}},
+    {"bottomLeftQuarter", XK_j, {0, 400, 640, 400}},
+    {"bottomRightQuarter", XK_k, {640, 400, 640, 400}},
+    {"maximize", XK_Return, {0, 0, 1280, 800}},
+};
+
+TEST_F(CorvettaOnX11, HalvesThirdsQuartersAndMaximizeLandWhereTheyShould) {
+    startDesktop();
+    startCorvetta();
+    for (const auto through : {Through::hotKey, Through::socket}) {
+        for (const auto& snap : kSnaps) {
+            SCOPED_TRACE(std::string(snap.action) +
+                         (through == Through::hotKey ? " by hot key" : " by socket"));
+            const uint32_t window = act(through, with(kControlOption, snap.key), snap.action);
+            EXPECT_TRUE(near(frameOf(window), snap.frame));
+            killClient(window);
+        }
+    }
+}
+
+TEST_F(CorvettaOnX11, LayoutSpacingInsetsSnapsAndCenterKeepsTheSize) {
+    startDesktop();
+    startCorvetta(R"({"layoutSpacing": 10})");
+    const uint32_t snapped = act(Through::socket, {}, "leftHalf");
+    // Only the inner edge moves in, by half the spacing: the others keep touching the screen.
+    EXPECT_TRUE(near(frameOf(snapped), {0, 0, 635, 800}));
+
+    // Touching no edge, a centred window gives up half the spacing on every side: 402 x 325
+    // (400 x 300 plus openbox's borders) becomes 392 x 315, still centred.
+    const uint32_t centered = act(Through::socket, {}, "center");
+    EXPECT_TRUE(near(frameOf(centered), {444, 242, 392, 315}));
+}
+
+TEST_F(CorvettaOnX11, NextAndPreviousDisplayCycleThroughEveryMonitor) {
+    const struct {
+        const char* name;
+        std::vector<VirtualMonitor> monitors;
+        XFrame next, previous;  // of a window on the left half of the first monitor
+    } cases[] = {
+        {"two",
+         {{0, 0, 1280, 800}, {1280, 0, 1280, 800}},
+         {1280, 0, 640, 800},
+         {1280, 0, 640, 800}},
+        {"three",
+         {{0, 0, 1280, 800}, {1280, 0, 1280, 800}, {2560, 0, 1280, 800}},
+         {1280, 0, 640, 800},
+         {2560, 0, 640, 800}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.name) + " monitors");
+        startDesktop(c.monitors);
+        startCorvetta();
+        for (const auto through : {Through::hotKey, Through::socket}) {
+            const uint32_t window = act(Through::socket, {}, "leftHalf");
+            ASSERT_TRUE(near(frameOf(window), {0, 0, 640, 800}));
+            if (through == Through::hotKey) {
+                EXPECT_TRUE(x().pressKeys(with(kControlOptionCommand, XK_Right)));
+            } else {
+                request("perform_action", R"({"action":"moveToNextDisplay"})");
+            }
+            sync();
+            EXPECT_TRUE(near(frameOf(window), c.next));
+            for (int back = 0; back < 2; ++back) {
+                if (through == Through::hotKey) {
+                    EXPECT_TRUE(x().pressKeys(with(kControlOptionCommand, XK_Left)));
+                } else {
+                    request("perform_action", R"({"action":"moveToPreviousDisplay"})");
+                }
+            }
+            sync();
+            EXPECT_TRUE(near(frameOf(window), c.previous));
+            killClient(window);
+        }
+    }
+}
+
+TEST_F(CorvettaOnX11, AWindowThatRefusesASizeKeepsItAndTheProgramGoesOn) {
+    startDesktop();
+    startCorvetta();
+    const uint32_t window = startClient({"--geometry", "400x300+200+150", "--fixed-size"});
+    ASSERT_TRUE(x().activate(window));
+    request("perform_action", R"({"action":"leftHalf"})");
+    sync();
+    // Openbox draws no resize handle on a window that cannot be resized: 1 point at the bottom.
+    const XFrame frame = frameOf(window);
+    EXPECT_EQ(frame.width, 402);
+    EXPECT_EQ(frame.height, 321);
+
+    const uint32_t other = act(Through::hotKey, with(kControlOption, XK_Right), "rightHalf");
+    EXPECT_TRUE(near(frameOf(other), {640, 0, 640, 800}));
+}
+
+TEST_F(CorvettaOnX11, AVanishedWindowIsAnErrorNotACrash) {
+    startDesktop();
+    startCorvetta();
+    const uint32_t window = startClient({"--geometry", "400x300+200+150"});
+    ASSERT_TRUE(x().activate(window));
+    killClient(window);
+    EXPECT_THAT(request("perform_action", R"({"action":"leftHalf"})"), HasSubstr("error"));
+    sync();
+
+    const uint32_t next = act(Through::hotKey, with(kControlOption, XK_Left), "leftHalf");
+    EXPECT_TRUE(near(frameOf(next), {0, 0, 640, 800}));
+}
+
+}  // namespace
+}  // namespace corvetta::testing

@@ -1,0 +1,61 @@
+#pragma once
+
+// The fixture of the end-to-end tests: a private X server with the window manager, real clients,
+// and the real program driven through key presses and its automation socket.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "automation/socket_client.h"
+#include "running_process.h"
+#include "support/temporary_folder.h"
+#include "support/virtual_display.h"
+#include "x_probe.h"
+
+namespace corvetta::testing {
+
+class E2eDesktop : public ::testing::Test {
+protected:
+    // Xvfb with these monitors and openbox, managing before this returns; replaces the desktop
+    // (and everything on it) a previous call built.
+    void startDesktop(std::vector<VirtualMonitor> monitors = {{0, 0, 1280, 800}});
+
+    // corvetta-test-client with `arguments` (see tests/e2e/test_client.cpp); its window once the
+    // window manager has framed and mapped it, or 0 (with a test failure).
+    uint32_t startClient(std::vector<std::string> arguments);
+    // Kills the client that owns `window` and waits until the window manager let it go.
+    void killClient(uint32_t window);
+
+    // The real program on this desktop with `preferences` as its preferences file; returns once it
+    // is ready and its socket answers.
+    void startCorvetta(const std::string& preferences = "{}");
+    // One request over the socket, answered: the whole answer line, "" when none came.
+    std::string request(const std::string& method, const std::string& params = "");
+    // "sync": every move under way has ended and the program has caught up with the server.
+    void sync();
+
+    // The window's outer frame as the X server has it.
+    XFrame frameOf(uint32_t window);
+
+    VirtualDisplay& display() { return *display_; }
+    XProbe& x() { return *probe_; }
+    // Isolated HOME and XDG folders in this test's folder, DISPLAY on the virtual display.
+    std::vector<std::string> environment() const;
+
+private:
+    TemporaryFolder root_;
+    std::unique_ptr<VirtualDisplay> display_;
+    std::unique_ptr<XProbe> probe_;
+    std::map<uint32_t, std::unique_ptr<RunningProcess>> clients_;
+    std::unique_ptr<RunningProcess> corvetta_;
+    std::optional<SocketClient> socket_;
+    int requests_ = 0;
+};
+
+}  // namespace corvetta::testing

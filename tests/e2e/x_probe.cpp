@@ -1,0 +1,175 @@
+#include "x_probe.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include <poll.h>
+#include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
+#include <xcb/xtest.h>
+
+namespace corvetta::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+template <typename Reply>
+using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
+
+template <typename Reply>
+Owned<Reply> owned(Reply* reply) {
+    return Owned<Reply>(reply, &std::free);
+}
+
+std::vector<uint32_t> cardinals(const xcb_get_property_reply_t* reply) {
+    if (!reply || reply->format != 32) {
+        return {};
+    }
+    const auto* values = static_cast<const uint32_t*>(xcb_get_property_value(reply));
+    return {values, values + xcb_get_property_value_length(reply) / 4};
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const XFrame& frame) {
+    return out << "{" << frame.x << ", " << frame.y << ", " << frame.width << ", " << frame.height
+               << "}";
+}
+
+XProbe::XProbe(const std::string& displayName)
+    : connection_(xcb_connect(displayName.c_str(), nullptr)) {
+    if (xcb_connection_has_error(connection_)) {
+        xcb_disconnect(connection_);
+        throw std::runtime_error("cannot connect to X display " + displayName);
+    }
+    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(connection_);
+}
+
+XProbe::~XProbe() {
+    xcb_disconnect(connection_);
+}
+
+uint32_t XProbe::atom(const char* name) {
+    auto reply = owned(xcb_intern_atom_reply(
+        connection_,
+        xcb_intern_atom(connection_, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr));
+    return reply ? reply->atom : uint32_t{XCB_ATOM_NONE};
+}
+
+std::vector<uint32_t> XProbe::rootWindows(uint32_t property) {
+    return cardinals(owned(xcb_get_property_reply(connection_,
+                                                  xcb_get_property(connection_, 0, root_, property,
+                                                                   XCB_ATOM_WINDOW, 0, 4096),
+                                                  nullptr))
+                         .get());
+}
+
+std::optional<XFrame> XProbe::outerFrame(uint32_t window) {
+    auto* c = connection_;
+    auto geometry = owned(xcb_get_geometry_reply(c, xcb_get_geometry(c, window), nullptr));
+    auto origin = owned(xcb_translate_coordinates_reply(
+        c, xcb_translate_coordinates(c, window, root_, 0, 0), nullptr));
+    auto extents = owned(xcb_get_property_reply(
+        c, xcb_get_property(c, 0, window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 0, 4),
+        nullptr));
+    if (!geometry || !origin) {
+        return std::nullopt;
+    }
+    auto sides = cardinals(extents.get());  // left, right, top, bottom
+    sides.resize(4, 0);
+    const int left = static_cast<int>(sides[0]), right = static_cast<int>(sides[1]);
+    const int top = static_cast<int>(sides[2]), bottom = static_cast<int>(sides[3]);
+    return XFrame{origin->dst_x - left, origin->dst_y - top, geometry->width + left + right,
+                  geometry->height + top + bottom};
+}
+
+std::vector<uint32_t> XProbe::managedWindows() {
+    return rootWindows(atom("_NET_CLIENT_LIST"));
+}
+
+std::optional<uint32_t> XProbe::activeWindow() {
+    const auto windows = rootWindows(atom("_NET_ACTIVE_WINDOW"));
+    if (windows.empty()) {
+        return std::nullopt;
+    }
+    return windows.front();
+}
+
+template <typename Done>
+bool XProbe::waitForRootChange(Done done) {
+    const auto deadline = Clock::now() + kDeadline;
+    while (!done()) {
+        // Events read while waiting for replies are already off the socket: look at them first.
+        bool sawEvent = false;
+        while (auto* event = xcb_poll_for_event(connection_)) {
+            sawEvent = true;
+            std::free(event);
+        }
+        if (sawEvent) {
+            continue;
+        }
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        pollfd polled = {xcb_get_file_descriptor(connection_), POLLIN, 0};
+        const int ready = poll(&polled, 1, static_cast<int>(std::max<long>(0, left)));
+        if (ready == 0 || (ready < 0 && errno != EINTR) || xcb_connection_has_error(connection_)) {
+            return done();
+        }
+    }
+    return true;
+}
+
+bool XProbe::activate(uint32_t window) {
+    xcb_client_message_event_t message = {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom("_NET_ACTIVE_WINDOW");
+    message.data.data32[0] = 2;  // a pager: the window manager obeys without second thoughts
+    message.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(connection_, 0, root_,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(connection_);
+    return waitForRootChange([&] { return activeWindow() == window; });
+}
+
+bool XProbe::waitUntilUnmanaged(uint32_t window) {
+    return waitForRootChange([&] {
+        const auto windows = managedWindows();
+        return std::find(windows.begin(), windows.end(), window) == windows.end();
+    });
+}
+
+bool XProbe::pressKeys(const std::vector<uint32_t>& keysyms) {
+    std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
+        xcb_key_symbols_alloc(connection_), &xcb_key_symbols_free);
+    std::vector<xcb_keycode_t> keys;
+    for (const uint32_t keysym : keysyms) {
+        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(
+            xcb_key_symbols_get_keycode(symbols.get(), keysym), &std::free);
+        if (!codes || *codes == XCB_NO_SYMBOL) {
+            return false;
+        }
+        keys.push_back(*codes);
+    }
+    for (const auto key : keys) {
+        xcb_test_fake_input(connection_, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    }
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        xcb_test_fake_input(connection_, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                            0);
+    }
+    // A reply comes after the server has handled every request before it.
+    free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    return true;
+}
+
+}  // namespace corvetta::testing

@@ -1,0 +1,61 @@
+#pragma once
+
+// What an end-to-end test reads from and does to the X server directly, next to the program under
+// test: window frames as the server has them, the window manager's lists, and real key presses.
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+struct xcb_connection_t;
+
+namespace corvetta::testing {
+
+// Root-window coordinates: top-left origin, y down.
+struct XFrame {
+    int x = 0, y = 0, width = 0, height = 0;
+    bool operator==(const XFrame&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const XFrame& frame);
+
+class XProbe {
+public:
+    // Throws std::runtime_error when the server cannot be reached.
+    explicit XProbe(const std::string& displayName);
+    ~XProbe();
+    XProbe(const XProbe&) = delete;
+    XProbe& operator=(const XProbe&) = delete;
+
+    // The window's outer frame, title bar and borders included: the client's origin translated to
+    // the root, less the _NET_FRAME_EXTENTS the window manager publishes. Nothing once it is gone.
+    std::optional<XFrame> outerFrame(uint32_t window);
+    // _NET_CLIENT_LIST: the windows the window manager manages.
+    std::vector<uint32_t> managedWindows();
+    std::optional<uint32_t> activeWindow();
+
+    // Asks the window manager to activate `window` and waits until _NET_ACTIVE_WINDOW says so.
+    bool activate(uint32_t window);
+    // Waits (on root property changes) until `window` is no longer managed.
+    bool waitUntilUnmanaged(uint32_t window);
+
+    // Presses the keys in order and releases them in reverse through XTest, like a person holding a
+    // combination; `keysyms` are X key symbols (XK_Control_L, XK_Left, ...). Returns once the
+    // server has processed the events; false when a symbol has no key in the layout.
+    bool pressKeys(const std::vector<uint32_t>& keysyms);
+
+    static constexpr std::chrono::seconds kDeadline{30};
+
+private:
+    uint32_t atom(const char* name);
+    std::vector<uint32_t> rootWindows(uint32_t property);
+    template <typename Done>
+    bool waitForRootChange(Done done);
+
+    xcb_connection_t* connection_ = nullptr;
+    uint32_t root_ = 0;
+};
+
+}  // namespace corvetta::testing

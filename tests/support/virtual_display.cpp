@@ -1,0 +1,276 @@
+#include "support/virtual_display.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include "support/child_process.h"
+#include "support/temporary_folder.h"
+
+namespace corvetta::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+
+int millisecondsUntil(Clock::time_point deadline) {
+    return static_cast<int>(
+        std::max<long>(0, duration_cast<milliseconds>(deadline - Clock::now()).count()));
+}
+
+// A process descriptor lets a wait for a child share one poll with X events and carry a deadline.
+int processDescriptor(pid_t pid) {
+    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+}
+
+// Output goes to `log`; `inheritedFd` (if any) stays open in the child under the same number.
+pid_t spawn(std::vector<std::string> argv, std::vector<std::string> environment,
+            const std::filesystem::path& log, int inheritedFd = -1) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    if (inheritedFd >= 0) {
+        fcntl(inheritedFd, F_SETFD, 0);
+    }
+    pid_t pid = -1;
+    const int failed =
+        posix_spawnp(&pid, argv[0].c_str(), &actions, nullptr, nullTerminated(argv).data(),
+                     nullTerminated(environment).data());
+    posix_spawn_file_actions_destroy(&actions);
+    return failed ? -1 : pid;
+}
+
+// True once `pid` ended and was reaped before `deadline`; its wait status goes to `status`.
+bool reapBefore(pid_t pid, Clock::time_point deadline, int* status = nullptr) {
+    const int descriptor = processDescriptor(pid);
+    if (descriptor < 0) {
+        return waitpid(pid, status, 0) == pid;
+    }
+    pollfd polled = {descriptor, POLLIN, 0};
+    int ready = 0;
+    do {
+        ready = poll(&polled, 1, millisecondsUntil(deadline));
+    } while (ready < 0 && errno == EINTR);
+    close(descriptor);
+    return ready > 0 && waitpid(pid, status, 0) == pid;
+}
+
+void stop(pid_t& pid) {
+    if (pid <= 0) {
+        return;
+    }
+    kill(pid, SIGTERM);
+    if (!reapBefore(pid, Clock::now() + std::chrono::seconds(5))) {
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+    }
+    pid = -1;
+}
+
+// Xvfb reports 96 dots per inch; RandR wants the physical size too.
+int millimetres(int pixels) {
+    return static_cast<int>(std::lround(pixels * 25.4 / 96.0));
+}
+
+std::string monitorGeometry(const VirtualMonitor& monitor) {
+    return std::to_string(monitor.width) + "/" + std::to_string(millimetres(monitor.width)) + "x" +
+           std::to_string(monitor.height) + "/" + std::to_string(millimetres(monitor.height)) +
+           "+" + std::to_string(monitor.x) + "+" + std::to_string(monitor.y);
+}
+
+std::vector<std::string> currentEnvironment() {
+    std::vector<std::string> result;
+    for (char** variable = environ; *variable; ++variable) {
+        result.emplace_back(*variable);
+    }
+    return result;
+}
+
+struct ConnectionCloser {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
+}  // namespace
+
+VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
+    : options_(std::move(options)), scratch_(std::make_unique<TemporaryFolder>()) {
+    logPath_ = *scratch_ / "servers.log";
+    if (options_.monitors.empty()) {
+        throw std::invalid_argument("a virtual display needs at least one monitor");
+    }
+    startServer();
+    defineMonitors();
+    if (options_.withWindowManager) {
+        startWindowManager();
+    }
+}
+
+VirtualDisplay::~VirtualDisplay() {
+    stop(windowManager_);
+    stop(server_);
+}
+
+std::vector<std::string> VirtualDisplay::environment(std::vector<std::string> base) const {
+    std::erase_if(base, [](const std::string& entry) {
+        return entry.starts_with("DISPLAY=") || entry.starts_with("WAYLAND_DISPLAY=");
+    });
+    base.push_back("DISPLAY=" + displayName_);
+    return base;
+}
+
+std::vector<std::string> VirtualDisplay::environment() const {
+    return environment(currentEnvironment());
+}
+
+std::string VirtualDisplay::serverOutput() const {
+    return readTestFile(logPath_);
+}
+
+void VirtualDisplay::startServer() {
+    int width = 0, height = 0;
+    for (const auto& monitor : options_.monitors) {
+        width = std::max(width, monitor.x + monitor.width);
+        height = std::max(height, monitor.y + monitor.height);
+    }
+    int numberPipe[2];
+    if (pipe2(numberPipe, O_CLOEXEC) != 0) {
+        fail("could not create a pipe for Xvfb");
+    }
+    // -noreset: otherwise the server forgets the monitors when the last client disconnects.
+    server_ = spawn({"Xvfb", "-displayfd", std::to_string(numberPipe[1]), "-screen", "0",
+                     std::to_string(width) + "x" + std::to_string(height) + "x24", "+extension",
+                     "RANDR", "-nolisten", "tcp", "-noreset"},
+                    currentEnvironment(), logPath_, numberPipe[1]);
+    close(numberPipe[1]);
+
+    // Xvfb writes the display number once it accepts connections.
+    std::string number;
+    const auto deadline = Clock::now() + kSafetyDeadline;
+    while (server_ > 0 && number.find('\n') == std::string::npos) {
+        pollfd polled = {numberPipe[0], POLLIN, 0};
+        char buffer[16];
+        if (poll(&polled, 1, millisecondsUntil(deadline)) <= 0) {
+            break;
+        }
+        const ssize_t count = read(numberPipe[0], buffer, sizeof buffer);
+        if (count <= 0) {
+            break;
+        }
+        number.append(buffer, static_cast<std::size_t>(count));
+    }
+    close(numberPipe[0]);
+    if (number.find('\n') == std::string::npos) {
+        fail("Xvfb did not report a display number");
+    }
+    number.pop_back();
+    displayName_ = ":" + number;
+}
+
+void VirtualDisplay::defineMonitors() {
+    const auto environmentHere = environment();
+    for (std::size_t index = 0; index < options_.monitors.size(); ++index) {
+        // Xvfb has a single output, "screen"; further monitors stand on no output.
+        const pid_t xrandr =
+            spawn({"xrandr", "--setmonitor", "M" + std::to_string(index + 1),
+                   monitorGeometry(options_.monitors[index]), index == 0 ? "screen" : "none"},
+                  environmentHere, logPath_);
+        int status = 0;
+        if (xrandr <= 0 || !reapBefore(xrandr, Clock::now() + kSafetyDeadline, &status) ||
+            !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+            fail("xrandr --setmonitor failed");
+        }
+    }
+}
+
+void VirtualDisplay::startWindowManager() {
+    windowManager_ = spawn({"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG},
+                           environment(isolatedEnvironment(scratch_->path())), logPath_);
+    if (windowManager_ <= 0) {
+        fail("could not start openbox");
+    }
+    waitUntilManaged();
+}
+
+// Waiting for the window manager's root properties (and not for time) keeps clients from mapping
+// before anything manages them.
+void VirtualDisplay::waitUntilManaged() {
+    std::unique_ptr<xcb_connection_t, ConnectionCloser> connection(
+        xcb_connect(displayName_.c_str(), nullptr));
+    if (xcb_connection_has_error(connection.get())) {
+        fail("could not connect to " + displayName_);
+    }
+    auto* c = connection.get();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
+    auto atom = [&](const std::string& name) {
+        auto* reply = xcb_intern_atom_reply(
+            c, xcb_intern_atom(c, 0, static_cast<uint16_t>(name.size()), name.data()), nullptr);
+        const xcb_atom_t result = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+        free(reply);
+        return result;
+    };
+    // Openbox names itself early in its start-up; windows mapped before it publishes its client
+    // list were seen to stay unmanaged, so both properties mark it ready.
+    const xcb_atom_t announcements[] = {atom("_NET_SUPPORTING_WM_CHECK"), atom("_NET_CLIENT_LIST")};
+    auto managed = [&] {
+        return std::all_of(
+            std::begin(announcements), std::end(announcements), [&](xcb_atom_t property) {
+                auto* reply = xcb_get_property_reply(
+                    c, xcb_get_property(c, 0, root, property, XCB_ATOM_WINDOW, 0, 1), nullptr);
+                const bool present = reply && reply->type == XCB_ATOM_WINDOW;
+                free(reply);
+                return present;
+            });
+    };
+    const int windowManagerDescriptor = processDescriptor(windowManager_);
+    const auto deadline = Clock::now() + kSafetyDeadline;
+    std::string problem;
+    while (problem.empty() && !managed()) {
+        // An event already read while waiting for the reply would never wake the poll.
+        if (auto* event = xcb_poll_for_event(c)) {
+            free(event);
+            continue;
+        }
+        pollfd polled[2] = {{xcb_get_file_descriptor(c), POLLIN, 0},
+                            {windowManagerDescriptor, POLLIN, 0}};
+        const int ready =
+            poll(polled, windowManagerDescriptor >= 0 ? 2 : 1, millisecondsUntil(deadline));
+        if (ready == 0) {
+            problem = "openbox did not manage the screen in time";
+        } else if (ready > 0 && polled[1].revents) {
+            problem = "openbox ended before managing the screen";
+        } else if (xcb_connection_has_error(c)) {
+            problem = "lost the connection to " + displayName_;
+        }
+    }
+    if (windowManagerDescriptor >= 0) {
+        close(windowManagerDescriptor);
+    }
+    if (!problem.empty()) {
+        connection.reset();
+        fail(problem);
+    }
+}
+
+void VirtualDisplay::fail(const std::string& what) {
+    stop(windowManager_);
+    stop(server_);
+    throw std::runtime_error(what + "; output of the servers:\n" + serverOutput());
+}
+
+}  // namespace corvetta::testing

@@ -1,0 +1,124 @@
+#include "platform/x11/x11_applications.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "platform/x11/x11_screens.h"
+#include "platform/x11/x11_window_list.h"
+#include "x11_test_support.h"
+
+namespace corvetta {
+namespace {
+
+constexpr ProcessId kSelf = 1;
+constexpr std::uint32_t kEditor = 501;
+constexpr std::uint32_t kTerminal = 502;
+
+testing::VirtualDisplayOptions managedTwoMonitors() {
+    testing::VirtualDisplayOptions options;
+    options.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}};
+    options.withWindowManager = true;
+    return options;
+}
+
+// Two applications under openbox: an editor with two windows and a terminal with one.
+class X11ApplicationsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        auto& client = fixture.client();
+        editorMain = client.createClientWindow(100, 100, 400, 300, kEditor, "Editor", "main.cpp");
+        editorSide = client.createClientWindow(1400, 50, 300, 200, kEditor, "Editor", "notes");
+        terminal = client.createClientWindow(200, 200, 500, 350, kTerminal, "XTerm", "shell");
+        client.setText(terminal, "_GTK_APPLICATION_ID", "org.example.Terminal",
+                       client.atom("UTF8_STRING"));
+        client.setText(editorMain, "_NET_WM_NAME", "main.cpp — Editor", client.atom("UTF8_STRING"));
+        client.sync();
+        ASSERT_TRUE(fixture.runUntil([&] { return windowList.onScreenWindows().size() == 3; }));
+    }
+
+    testing::X11Fixture fixture{managedTwoMonitors()};
+    X11Screens screens{fixture.connection()};
+    X11WindowList windowList{fixture.connection(), screens};
+    X11Applications applications{
+        fixture.connection(),
+        {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false}};
+    xcb_window_t editorMain = 0, editorSide = 0, terminal = 0;
+};
+
+TEST_F(X11ApplicationsTest, WindowListGoesFrontToBackWithFramesInAccessibilitySpace) {
+    const auto entries = windowList.onScreenWindows();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0].number, terminal) << "the last mapped window is in front";
+    for (const auto& entry : entries) {
+        EXPECT_EQ(entry.layer, 0);
+        // Decorations included: the frame is larger than the client's area.
+        EXPECT_GT(entry.bounds.size.height, entry.number == terminal ? 350 : 0);
+    }
+    const auto main = std::ranges::find(entries, editorMain, &WindowListEntry::number);
+    ASSERT_NE(main, entries.end());
+    EXPECT_EQ(main->ownerPid, static_cast<ProcessId>(kEditor));
+    EXPECT_EQ(main->ownerName, "Editor");
+    EXPECT_EQ(main->title, "main.cpp — Editor");
+    const auto terminalEntry = std::ranges::find(entries, terminal, &WindowListEntry::number);
+    EXPECT_EQ(terminalEntry->title, "shell") << "WM_NAME when there is no _NET_WM_NAME";
+
+    // Minimized windows are not on screen.
+    ASSERT_TRUE(applications.hide(static_cast<ProcessId>(kTerminal)));
+    ASSERT_TRUE(fixture.runUntil([&] { return windowList.onScreenWindows().size() == 2; }));
+    EXPECT_TRUE(applications.runningApplication(kTerminal)->isHidden);
+}
+
+TEST_F(X11ApplicationsTest, GroupsWindowsByProcessWithBundleIdentifiers) {
+    const auto running = applications.runningApplications();
+    ASSERT_EQ(running.size(), 3u);
+    EXPECT_EQ(running[0].processIdentifier, kSelf);
+    auto find = [&](ProcessId pid) {
+        return *std::ranges::find(running, pid, &RunningApplication::processIdentifier);
+    };
+    EXPECT_EQ(find(kEditor).bundleIdentifier, "Editor") << "the WM_CLASS class";
+    EXPECT_EQ(find(kEditor).localizedName, "Editor");
+    EXPECT_EQ(find(kTerminal).bundleIdentifier, "org.example.Terminal") << "the desktop entry";
+    EXPECT_EQ(applications.windowsOf(kEditor).size(), 2u);
+    EXPECT_FALSE(applications.runningApplication(999).has_value());
+    EXPECT_FALSE(applications.activate(999));
+    EXPECT_FALSE(applications.hide(999));
+}
+
+TEST_F(X11ApplicationsTest, ActivationRequestsAreAnnouncedOncePerApplication) {
+    // Openbox focuses the window mapped last; that activation is over before the test starts.
+    ASSERT_TRUE(fixture.runUntil([&] {
+        auto front = applications.frontmostApplication();
+        return front && front->processIdentifier == kTerminal;
+    }));
+    fixture.catchUp();
+    std::vector<ProcessId> activated;
+    auto registration =
+        applications.observeDidActivateApplication([&](const RunningApplication& application) {
+            activated.push_back(application.processIdentifier);
+        });
+    ASSERT_TRUE(applications.activate(kEditor));
+    ASSERT_TRUE(fixture.runUntil([&] { return !activated.empty(); }));
+    EXPECT_EQ(applications.frontmostApplication()->processIdentifier, kEditor);
+
+    ASSERT_TRUE(applications.activate(kTerminal));
+    ASSERT_TRUE(fixture.runUntil([&] { return activated.size() == 2; }));
+    EXPECT_EQ(activated, (std::vector<ProcessId>{kEditor, kTerminal}));
+    EXPECT_EQ(applications.frontmostApplication()->processIdentifier, kTerminal);
+    EXPECT_EQ(windowList.onScreenWindows().front().number, terminal);
+}
+
+TEST_F(X11ApplicationsTest, LaunchingWithoutADesktopEntryFails) {
+    EXPECT_FALSE(applications.canLaunchApplication("org.example.Missing"));
+    std::optional<LaunchError::Kind> failure;
+    applications.launchApplication("org.example.Missing", [&](const auto& outcome) {
+        ASSERT_FALSE(outcome.has_value());
+        failure = outcome.error().kind;
+    });
+    EXPECT_FALSE(failure) << "never before the call returns";
+    fixture.queue().runUntilIdle();
+    EXPECT_EQ(failure, LaunchError::Kind::notFound);
+}
+
+}  // namespace
+}  // namespace corvetta

@@ -1,0 +1,54 @@
+#include "platform/x11/x11_desktop.h"
+
+#include <gtest/gtest.h>
+
+#include "foundation/clock.h"
+#include "foundation/manual_queue.h"
+#include "support/virtual_display.h"
+
+namespace corvetta {
+namespace {
+
+TEST(X11DesktopTest, ComposesEveryPortOverOneDisplay) {
+    testing::VirtualDisplay display({.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}}});
+    ManualClock clock;
+    ManualQueue queue(clock);
+    std::vector<std::string> reported;
+    auto desktop = X11Desktop::open(display.displayName(), queue,
+                                    [&](const std::string& line) { reported.push_back(line); });
+    ASSERT_TRUE(desktop) << desktop.error();
+    auto& ports = **desktop;
+    EXPECT_EQ(ports.kind(), "x11");
+    EXPECT_EQ(ports.screenPort().screens().size(), 2u);
+    EXPECT_TRUE(ports.accessibilityPort().isProcessTrusted());
+    EXPECT_EQ(ports.applicationsPort().runningApplications().size(), 1u) << "only this program";
+
+    bool synchronized = false;
+    ports.synchronize([&] { synchronized = true; });
+    EXPECT_FALSE(synchronized) << "never before the call returns";
+    queue.runUntilIdle();
+    EXPECT_TRUE(synchronized);
+
+    // No dialogs: the text is reported and the alert is dismissed on the next turn.
+    std::optional<std::size_t> answer;
+    ports.alertPort().showAlert(
+        {"Permission", "Corvetta needs access.", {"Open", "Cancel", "Quit"}},
+        [&](std::size_t index) { answer = index; });
+    EXPECT_FALSE(answer);
+    queue.runUntilIdle();
+    EXPECT_EQ(answer, 1u);
+    ASSERT_EQ(reported.size(), 1u);
+    EXPECT_NE(reported[0].find("Corvetta needs access."), std::string::npos);
+    EXPECT_FALSE(ports.alertPort().openAccessibilitySettings());
+}
+
+TEST(X11DesktopTest, ADisplayThatCannotBeOpenedIsAnError) {
+    ManualClock clock;
+    ManualQueue queue(clock);
+    auto desktop = X11Desktop::open(":4097", queue);
+    ASSERT_FALSE(desktop);
+    EXPECT_NE(desktop.error().find("cannot connect to the X display :4097"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace corvetta

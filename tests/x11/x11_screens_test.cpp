@@ -1,0 +1,107 @@
+#include "platform/x11/x11_screens.h"
+
+#include <gtest/gtest.h>
+
+#include "x11_test_support.h"
+
+namespace corvetta {
+namespace {
+
+using testing::X11Fixture;
+
+testing::VirtualDisplayOptions twoMonitors() {
+    testing::VirtualDisplayOptions options;
+    options.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}};
+    return options;
+}
+
+class X11ScreensTest : public ::testing::Test {
+protected:
+    X11Fixture fixture{twoMonitors()};
+    X11Screens screens{fixture.connection()};
+};
+
+TEST_F(X11ScreensTest, ListsMonitorsPrimaryFirstInScreenSpace) {
+    const auto all = screens.screens();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].frame, Rect(0, 0, 1280, 800));
+    EXPECT_EQ(all[0].visibleFrame, all[0].frame);
+    // Top-aligned with the primary but shorter: its bottom sits 32 points above the primary's.
+    EXPECT_EQ(all[1].frame, Rect(1280, 32, 1024, 768));
+    EXPECT_NE(all[0].number, all[1].number);
+    EXPECT_FALSE(all[1].localizedName.empty());
+    EXPECT_EQ(screens.coordinates().primary, (RootRect{0, 0, 1280, 800}));
+}
+
+TEST_F(X11ScreensTest, RandrPrimaryComesFirstAndAnnouncesTheChange) {
+    int announcements = 0;
+    auto registration = screens.observeScreenParameters([&] { ++announcements; });
+    const auto before = screens.screens();
+    const std::string second = fixture.connection().atomName(before[1].number);
+    // A monitor cannot be redefined in place.
+    ASSERT_EQ(fixture.xrandr({"--delmonitor", second}), 0);
+    ASSERT_EQ(fixture.xrandr({"--setmonitor", "*" + second, "1024/270x768/203+1280+0", "none"}), 0);
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 1) << "one announcement per burst of events";
+
+    const auto after = screens.screens();
+    ASSERT_EQ(after.size(), 2u);
+    EXPECT_TRUE(after[0].isSameScreen(before[1]));
+    EXPECT_EQ(after[0].frame, Rect(0, 0, 1024, 768));
+    // Left of the new primary, reaching 32 points below its bottom.
+    EXPECT_EQ(after[1].frame, Rect(-1280, -32, 1280, 800));
+
+    registration.reset();
+    ASSERT_EQ(fixture.xrandr({"--delmonitor", second}), 0);
+    fixture.catchUp();
+    fixture.queue().runUntilIdle();
+    EXPECT_EQ(announcements, 1);
+    EXPECT_EQ(screens.screens().size(), 1u);
+}
+
+TEST_F(X11ScreensTest, VisibleFramesLeaveOutStrutsOnTheMonitorTheyTouch) {
+    auto& client = fixture.client();
+    const auto bottomPanel = client.createWindow(0, 770, 1280, 30);
+    const auto rightDock = client.createWindow(2254, 0, 50, 400);
+    // Partial struts: bottom 30 across the primary only, right 50 for the second's top half.
+    client.setCardinals(bottomPanel, "_NET_WM_STRUT_PARTIAL",
+                        {0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, 1279});
+    client.setCardinals(rightDock, "_NET_WM_STRUT_PARTIAL",
+                        {0, 50, 0, 0, 0, 0, 0, 399, 0, 0, 0, 0});
+    int announcements = 0;
+    auto registration = screens.observeScreenParameters([&] { ++announcements; });
+    client.setCardinals(client.root(), "_NET_CLIENT_LIST", {bottomPanel, rightDock},
+                        XCB_ATOM_WINDOW);
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 1);
+
+    const auto all = screens.screens();
+    ASSERT_EQ(all.size(), 2u);
+    EXPECT_EQ(all[0].visibleFrame, Rect(0, 30, 1280, 770));
+    EXPECT_EQ(all[1].visibleFrame, Rect(1280, 32, 974, 768));
+}
+
+TEST(X11ScreensSingleMonitorTest, VisibleFrameFollowsTheWorkArea) {
+    X11Fixture fixture;
+    X11Screens screens(fixture.connection());
+    auto& client = fixture.client();
+    client.setCardinals(client.root(), "_NET_WORKAREA", {0, 0, 1280, 800, 0, 24, 1280, 776});
+    client.setCardinals(client.root(), "_NET_CURRENT_DESKTOP", {1});
+    fixture.catchUp();
+    EXPECT_EQ(screens.screens().front().visibleFrame, Rect(0, 0, 1280, 776));
+}
+
+TEST_F(X11ScreensTest, MainScreenHoldsTheActiveWindow) {
+    auto& client = fixture.client();
+    const auto window = client.createWindow(1500, 100, 300, 200);
+    client.setCardinals(client.root(), "_NET_ACTIVE_WINDOW", {window}, XCB_ATOM_WINDOW);
+    fixture.catchUp();
+    EXPECT_EQ(screens.mainScreen()->number, screens.screens()[1].number);
+
+    client.destroy(window);
+    fixture.catchUp();
+    EXPECT_EQ(screens.mainScreen()->number, screens.screens()[0].number);
+}
+
+}  // namespace
+}  // namespace corvetta
