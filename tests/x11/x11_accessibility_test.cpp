@@ -24,7 +24,19 @@ protected:
         client.setText(window, "WM_NAME", "notes", XCB_ATOM_STRING);
         xcb_map_window(client.raw(), window);
         client.sync();
-        ASSERT_TRUE(fixture.runUntil([&] { return windowElement().isValid(); }));
+        // Listed is not yet framed: openbox reparents, decorates and places the window in steps,
+        // and a read in between sees a frame that is about to change.
+        ASSERT_TRUE(fixture.runUntil([&] {
+            const auto extents = X11Properties(fixture.connection()).frameExtents(window);
+            if (!windowElement().isValid() || !extents || extents->top == 0) {
+                return false;
+            }
+            const auto position =
+                accessibility.copyAttributeValue(windowElement(), AXAttribute::kPosition);
+            const auto outer = frame();
+            return position &&
+                   std::get<Point>(*position) == Point{double(outer.x), double(outer.y)};
+        }));
     }
 
     AXElement windowElement() {
