@@ -25,7 +25,7 @@ namespace corvetta {
 class X11Accessibility final : public AccessibilityPort {
 public:
     // How long a set waits for the window manager; it answers in about a millisecond.
-    static constexpr std::chrono::milliseconds kApplyPatience{250};
+    static constexpr std::chrono::milliseconds kApplyPatience{1000};
 
     X11Accessibility(X11Connection& connection, const X11Screens& screens,
                      X11Applications& applications)
