@@ -120,6 +120,7 @@ VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
 }
 
 VirtualDisplay::~VirtualDisplay() {
+    managerWatch_.reset();
     stop(windowManager_);
     stop(server_);
 }
@@ -206,15 +207,22 @@ void VirtualDisplay::startWindowManager() {
 }
 
 // Waiting for the window manager's root properties (and not for time) keeps clients from mapping
-// before anything manages them.
+// before anything manages them. Openbox publishes them before its start is over, though, and a map
+// request that reaches it late in its start sits unread until something else arrives: so a probe
+// window is mapped (and mapped again after a short while without an answer, which is that
+// something) until openbox frames it, then destroyed; after that it handles requests as they come.
 void VirtualDisplay::waitUntilManaged() {
-    std::unique_ptr<xcb_connection_t, ConnectionCloser> connection(
-        xcb_connect(displayName_.c_str(), nullptr));
-    if (xcb_connection_has_error(connection.get())) {
+    // The connection stays open while the display runs: a client connecting after it closed
+    // would be given the same window ids, and openbox was seen to confuse a new window with the
+    // probe it had just let go.
+    managerWatch_ = std::shared_ptr<xcb_connection_t>(xcb_connect(displayName_.c_str(), nullptr),
+                                                      ConnectionCloser());
+    auto* c = managerWatch_.get();
+    if (xcb_connection_has_error(c)) {
         fail("could not connect to " + displayName_);
     }
-    auto* c = connection.get();
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    const xcb_window_t root = screen->root;
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
     auto atom = [&](const std::string& name) {
@@ -224,50 +232,80 @@ void VirtualDisplay::waitUntilManaged() {
         free(reply);
         return result;
     };
-    // Openbox names itself early in its start-up; windows mapped before it publishes its client
-    // list were seen to stay unmanaged, so both properties mark it ready.
-    const xcb_atom_t announcements[] = {atom("_NET_SUPPORTING_WM_CHECK"), atom("_NET_CLIENT_LIST")};
-    auto managed = [&] {
-        return std::all_of(
-            std::begin(announcements), std::end(announcements), [&](xcb_atom_t property) {
-                auto* reply = xcb_get_property_reply(
-                    c, xcb_get_property(c, 0, root, property, XCB_ATOM_WINDOW, 0, 1), nullptr);
-                const bool present = reply && reply->type == XCB_ATOM_WINDOW;
-                free(reply);
-                return present;
-            });
+    const xcb_atom_t clientList = atom("_NET_CLIENT_LIST");
+    auto windowsIn = [&](xcb_atom_t property) {
+        auto* reply = xcb_get_property_reply(
+            c, xcb_get_property(c, 0, root, property, XCB_ATOM_WINDOW, 0, 1024), nullptr);
+        const int count =
+            reply && reply->type == XCB_ATOM_WINDOW ? xcb_get_property_value_length(reply) / 4 : -1;
+        free(reply);
+        return count;
     };
     const int windowManagerDescriptor = processDescriptor(windowManager_);
     const auto deadline = Clock::now() + kSafetyDeadline;
     std::string problem;
-    while (problem.empty() && !managed()) {
-        // An event already read while waiting for the reply would never wake the poll.
+    // Waits for the X server's next word (true) or `patience` (false); the problem on failure.
+    auto awaitEvent = [&](int patience) {
         if (auto* event = xcb_poll_for_event(c)) {
             free(event);
-            continue;
+            return true;
         }
         pollfd polled[2] = {{xcb_get_file_descriptor(c), POLLIN, 0},
                             {windowManagerDescriptor, POLLIN, 0}};
-        const int ready =
-            poll(polled, windowManagerDescriptor >= 0 ? 2 : 1, millisecondsUntil(deadline));
-        if (ready == 0) {
-            problem = "openbox did not manage the screen in time";
-        } else if (ready > 0 && polled[1].revents) {
+        const int ready = poll(polled, windowManagerDescriptor >= 0 ? 2 : 1,
+                               std::min(patience, millisecondsUntil(deadline)));
+        if (ready > 0 && windowManagerDescriptor >= 0 && polled[1].revents) {
             problem = "openbox ended before managing the screen";
         } else if (xcb_connection_has_error(c)) {
             problem = "lost the connection to " + displayName_;
+        } else if (ready == 0 && Clock::now() >= deadline) {
+            problem = "openbox did not manage the screen in time";
         }
+        if (auto* event = xcb_poll_for_event(c)) {
+            free(event);
+        }
+        return ready > 0;
+    };
+    const xcb_atom_t announcements[] = {atom("_NET_SUPPORTING_WM_CHECK"), clientList};
+    while (problem.empty() && !std::all_of(std::begin(announcements), std::end(announcements),
+                                           [&](xcb_atom_t p) { return windowsIn(p) >= 0; })) {
+        awaitEvent(millisecondsUntil(deadline));
+    }
+
+    const xcb_window_t probe = xcb_generate_id(c);
+    const uint32_t probeMask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_create_window(c, XCB_COPY_FROM_PARENT, probe, root, 0, 0, 10, 10, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, XCB_CW_EVENT_MASK,
+                      &probeMask);
+    auto framed = [&] {
+        auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, probe), nullptr);
+        const bool reparented = tree && tree->parent != root;
+        free(tree);
+        return reparented;
+    };
+    while (problem.empty() && !framed()) {
+        xcb_map_window(c, probe);
+        xcb_flush(c);
+        const auto retry = Clock::now() + milliseconds(200);
+        while (problem.empty() && Clock::now() < retry && !framed()) {
+            awaitEvent(millisecondsUntil(retry));
+        }
+    }
+    xcb_destroy_window(c, probe);
+    xcb_flush(c);
+    while (problem.empty() && windowsIn(clientList) != 0) {
+        awaitEvent(millisecondsUntil(deadline));
     }
     if (windowManagerDescriptor >= 0) {
         close(windowManagerDescriptor);
     }
     if (!problem.empty()) {
-        connection.reset();
         fail(problem);
     }
 }
 
 void VirtualDisplay::fail(const std::string& what) {
+    managerWatch_.reset();
     stop(windowManager_);
     stop(server_);
     throw std::runtime_error(what + "; output of the servers:\n" + serverOutput());

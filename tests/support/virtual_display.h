@@ -10,6 +10,8 @@
 
 #include <sys/types.h>
 
+struct xcb_connection_t;
+
 namespace corvetta::testing {
 
 class TemporaryFolder;
@@ -65,6 +67,7 @@ private:
     std::string displayName_;
     pid_t server_ = -1;
     pid_t windowManager_ = -1;
+    std::shared_ptr<xcb_connection_t> managerWatch_;
 };
 
 }  // namespace corvetta::testing

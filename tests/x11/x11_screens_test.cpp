@@ -79,6 +79,20 @@ TEST_F(X11ScreensTest, VisibleFramesLeaveOutStrutsOnTheMonitorTheyTouch) {
     ASSERT_EQ(all.size(), 2u);
     EXPECT_EQ(all[0].visibleFrame, Rect(0, 30, 1280, 770));
     EXPECT_EQ(all[1].visibleFrame, Rect(1280, 32, 974, 768));
+
+    // A window that reserves nothing comes and goes: no news.
+    const auto plain = client.createWindow(100, 100, 200, 200);
+    client.setCardinals(client.root(), "_NET_CLIENT_LIST", {bottomPanel, rightDock, plain},
+                        XCB_ATOM_WINDOW);
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 1);
+
+    // The panel grows in place, as panels do when their settings change.
+    client.setCardinals(bottomPanel, "_NET_WM_STRUT_PARTIAL",
+                        {0, 0, 0, 48, 0, 0, 0, 0, 0, 0, 0, 1279});
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 2);
+    EXPECT_EQ(screens.screens()[0].visibleFrame, Rect(0, 48, 1280, 752));
 }
 
 TEST(X11ScreensSingleMonitorTest, VisibleFrameFollowsTheWorkArea) {

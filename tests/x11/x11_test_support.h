@@ -122,9 +122,6 @@ public:
             return false;
         });
         client_ = std::make_unique<FakeClient>(display_.displayName());
-        if (options.withWindowManager) {
-            waitForWindowManagerStartup();
-        }
     }
 
     VirtualDisplay& display() { return display_; }
@@ -179,41 +176,6 @@ public:
     }
 
 private:
-    // Openbox announces itself (_NET_SUPPORTING_WM_CHECK) before its start is over, and a map
-    // request that reaches it late in its start sits unread until something else arrives. A
-    // probe window is mapped (and mapped again after a short while without an answer, which is
-    // that something) until openbox frames it, then destroyed; after that it handles requests as
-    // they come.
-    void waitForWindowManagerStartup() {
-        auto* raw = connection_->raw();
-        auto parentOf = [&](xcb_window_t window) -> xcb_window_t {
-            auto tree = connection_->reply(xcb_query_tree_reply, xcb_query_tree(raw, window));
-            return tree ? (*tree)->parent : xcb_window_t{XCB_WINDOW_NONE};
-        };
-        auto clientCount = [&] {
-            auto list = connection_->reply(
-                xcb_get_property_reply,
-                xcb_get_property(raw, 0, connection_->root(), connection_->atom("_NET_CLIENT_LIST"),
-                                 XCB_ATOM_WINDOW, 0, 1024));
-            return list ? xcb_get_property_value_length(list->get()) / 4 : -1;
-        };
-        const auto probe = client_->createWindow(0, 0, 10, 10);
-        const auto deadline = std::chrono::steady_clock::now() + VirtualDisplay::kSafetyDeadline;
-        bool framed = false;
-        while (!framed && std::chrono::steady_clock::now() < deadline) {
-            xcb_map_window(client_->raw(), probe);
-            client_->sync();
-            framed = runUntil([&] { return parentOf(probe) != connection_->root(); },
-                              std::chrono::milliseconds(200));
-        }
-        client_->destroy(probe);
-        client_->sync();
-        if (!framed || !runUntil([&] { return clientCount() == 0; })) {
-            throw std::runtime_error("the window manager did not finish starting:\n" +
-                                     display_.serverOutput());
-        }
-    }
-
     VirtualDisplay display_;
     ManualClock clock_;
     ManualQueue queue_;

@@ -289,32 +289,46 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     sendToRoot(window, "_NET_MOVERESIZE_WINDOW",
                {flags, static_cast<std::uint32_t>(target.x), static_cast<std::uint32_t>(target.y),
                 static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
-    // Done when the frame is where it was asked to be, or has changed at all: the window manager
-    // may round the size to the window's steps or keep it above its minimum. One that refuses
-    // outright changes nothing, and the wait ends at its bound; the next read tells either way.
-    const RootRect before = *frame;
-    waitUntil(window, [&] {
-        auto now = properties_.frameRect(window);
-        return !now || *now == target || *now != before;
-    });
+    // The window manager may round the size to the window's steps, keep it above its minimum or
+    // refuse it: once it has answered the ping, the frame is whatever it made of the request.
+    if (!ping_.isAvailable()) {
+        // Without the round trip, a frame that changed at all is taken as the answer.
+        const RootRect before = *frame;
+        waitUntil(window, [&] {
+            auto now = properties_.frameRect(window);
+            return !now || *now == target || *now != before;
+        });
+    } else {
+        ping_.roundTrip(kApplyPatience);
+    }
     return AXErrorCode::success;
 }
 
 AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {
-    auto vertical = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT");
-    auto horizontal = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
-    if (!vertical || !horizontal) {
-        return errorOf(!vertical ? vertical.error() : horizontal.error());
+    const auto states = properties_.states(window);
+    if (!states) {
+        return errorOf(states.error());
     }
-    if (!*vertical && !*horizontal) {
+    if (std::ranges::find(*states, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT")) ==
+            states->end() &&
+        std::ranges::find(*states, connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ")) ==
+            states->end()) {
         return AXErrorCode::success;
     }
     // A maximized window would take the request as the size to restore to later.
+    const auto request = [&] {
+        sendToRoot(window, "_NET_WM_STATE",
+                   {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
+                    connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
+    };
+    if (ping_.isAvailable()) {
+        request();
+        ping_.roundTrip(kApplyPatience);
+        return AXErrorCode::success;
+    }
     const auto maximized = properties_.frameRect(window);
     const auto maximizedExtents = properties_.frameExtents(window);
-    sendToRoot(window, "_NET_WM_STATE",
-               {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
-                connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
+    request();
     waitUntil(window, [&] {
         auto stillVertical = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT");
         auto stillHorizontal = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
@@ -339,6 +353,10 @@ AXErrorCode X11Accessibility::setState(xcb_window_t window, std::string_view sta
     }
     sendToRoot(window, "_NET_WM_STATE",
                {on ? kStateAdd : kStateRemove, connection_.atom(state), 0, 2, 0});
+    if (ping_.isAvailable()) {
+        ping_.roundTrip(kApplyPatience);
+        return AXErrorCode::success;
+    }
     waitUntil(window, [&] {
         auto now = properties_.hasState(window, state);
         return !now || *now == on;
@@ -351,8 +369,7 @@ void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
     // Selected on the client window itself before asking, so the answer cannot come first: the
     // window manager answers a move with a synthetic ConfigureNotify there, a resize with a real
     // one, and a change of state by rewriting _NET_WM_STATE.
-    const std::uint32_t mask[] = {XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE};
-    xcb_change_window_attributes(connection_.raw(), window, XCB_CW_EVENT_MASK, mask);
+    connection_.watchClient(window);
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;

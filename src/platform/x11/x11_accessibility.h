@@ -11,6 +11,7 @@
 #include "platform/x11/x11_connection.h"
 #include "platform/x11/x11_properties.h"
 #include "platform/x11/x11_screens.h"
+#include "platform/x11/x11_window_manager_ping.h"
 
 namespace corvetta {
 
@@ -18,10 +19,11 @@ namespace corvetta {
 // is a process (token 0); a window element's token is its client window's id, its close button the
 // same id with the top bit set. Positions and sizes are the outer frame, decorations included,
 // read anew on every call. A position or size set is a _NET_MOVERESIZE_WINDOW request (a
-// maximized window is restored first), and the call returns once the window manager has applied
-// it, which its ConfigureNotify and property changes announce, or after `kApplyPatience`, so a
-// read right after sees the outcome. X has no permission to grant:
-// every process is trusted.
+// maximized window is restored first), and the call returns once the window manager has handled
+// it, which a round trip through it tells (X11WindowManagerPing), or after `kApplyPatience`, so a
+// read right after sees the outcome. Without that round trip the window's ConfigureNotify and
+// property changes are taken as the answer. X has no permission to grant: every process is
+// trusted.
 class X11Accessibility final : public AccessibilityPort {
 public:
     // How long a set waits for the window manager; it answers in about a millisecond.
@@ -32,7 +34,8 @@ public:
         : connection_(connection),
           screens_(screens),
           applications_(applications),
-          properties_(connection) {}
+          properties_(connection),
+          ping_(connection) {}
 
     bool isProcessTrusted() const override { return true; }
     AXElement applicationElement(ProcessId process) override { return AXElement(process, 0); }
@@ -68,6 +71,7 @@ private:
     const X11Screens& screens_;
     X11Applications& applications_;
     X11Properties properties_;
+    X11WindowManagerPing ping_;
 };
 
 }  // namespace corvetta

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <string>
 
 #include <spawn.h>
 #include <sys/types.h>
@@ -116,13 +117,64 @@ std::vector<X11Applications::Client> X11Applications::clientsFrontToBack() const
     if (!stacking) {
         return result;
     }
+    forgetAllBut(*stacking);
+    // A window's process never changes, so each is asked once, and those not yet known all at
+    // once.
+    std::vector<std::pair<xcb_window_t, xcb_get_property_cookie_t>> asked;
+    for (const auto window : *stacking) {
+        if (!known_.contains(window)) {
+            asked.emplace_back(window,
+                               properties_.request(window, "_NET_WM_PID", XCB_ATOM_CARDINAL));
+        }
+    }
+    for (const auto& [window, cookie] : asked) {
+        auto pid = properties_.valuesOf(cookie, XCB_ATOM_CARDINAL);
+        // A window gone meanwhile is left for the next read to leave out.
+        if (pid) {
+            known_[window].pid = pid->empty() ? 0 : static_cast<ProcessId>(pid->front());
+        }
+    }
     for (auto window = stacking->rbegin(); window != stacking->rend(); ++window) {
-        auto pid = properties_.processOf(*window);
-        if (pid && *pid) {
-            result.push_back({*window, **pid});
+        if (auto found = known_.find(*window); found != known_.end() && found->second.pid > 0) {
+            result.push_back({*window, found->second.pid});
         }
     }
     return result;
+}
+
+void X11Applications::forgetAllBut(const std::vector<xcb_window_t>& clients) const {
+    std::erase_if(known_, [&](const auto& entry) {
+        return std::ranges::find(clients, entry.first) == clients.end();
+    });
+}
+
+const X11Applications::Identity& X11Applications::identityOf(xcb_window_t window) const {
+    auto& known = known_[window];
+    if (!known.identity) {
+        // Set before the window is mapped and kept, so read once.
+        const auto classCookie = properties_.request(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING);
+        const auto gtkCookie =
+            properties_.request(window, connection_.atom("_GTK_APPLICATION_ID"), XCB_ATOM_ANY);
+        const auto kdeCookie =
+            properties_.request(window, connection_.atom("_KDE_NET_WM_DESKTOP_FILE"), XCB_ATOM_ANY);
+        Identity identity;
+        if (auto windowClass = parseWindowClass(properties_.bytesOf(classCookie))) {
+            identity.className = windowClass->className;
+        }
+        auto named = properties_.bytesOf(gtkCookie);
+        auto kdeNamed = properties_.bytesOf(kdeCookie);
+        if (!named || named->empty()) {
+            named = std::move(kdeNamed);
+        }
+        if (named && !named->empty()) {
+            identity.applicationId = named->substr(0, named->find('\0'));
+            if (identity.applicationId.ends_with(".desktop")) {
+                identity.applicationId.resize(identity.applicationId.size() - 8);
+            }
+        }
+        known.identity = std::move(identity);
+    }
+    return *known.identity;
 }
 
 std::vector<xcb_window_t> X11Applications::windowsOf(ProcessId process) const {
@@ -143,31 +195,29 @@ RunningApplication X11Applications::describe(ProcessId process,
     RunningApplication application;
     application.processIdentifier = process;
     for (const auto window : windows) {
-        if (auto windowClass = readWindowClass(properties_, window)) {
-            application.localizedName = windowClass->className;
-            application.bundleIdentifier = windowClass->className;
+        if (const auto& identity = identityOf(window); !identity.className.empty()) {
+            application.localizedName = identity.className;
+            application.bundleIdentifier = identity.className;
             break;
         }
     }
     for (const auto window : windows) {
-        auto named = properties_.bytes(window, connection_.atom("_GTK_APPLICATION_ID"));
-        if (!named || named->empty()) {
-            named = properties_.bytes(window, connection_.atom("_KDE_NET_WM_DESKTOP_FILE"));
-        }
-        if (named && !named->empty()) {
-            std::string identifier = named->substr(0, named->find('\0'));
-            if (identifier.ends_with(".desktop")) {
-                identifier.resize(identifier.size() - 8);
-            }
-            application.bundleIdentifier = identifier;
+        if (const auto& identity = identityOf(window); !identity.applicationId.empty()) {
+            application.bundleIdentifier = identity.applicationId;
             break;
         }
     }
-    application.isHidden =
-        !windows.empty() && std::ranges::all_of(windows, [this](xcb_window_t window) {
-            auto hidden = properties_.hasState(window, "_NET_WM_STATE_HIDDEN");
-            return hidden && *hidden;
-        });
+    std::vector<xcb_get_property_cookie_t> states;
+    for (const auto window : windows) {
+        states.push_back(properties_.request(window, "_NET_WM_STATE", XCB_ATOM_ATOM));
+    }
+    const auto hiddenAtom = connection_.atom("_NET_WM_STATE_HIDDEN");
+    bool allHidden = !windows.empty();
+    for (const auto cookie : states) {
+        auto state = properties_.valuesOf(cookie, XCB_ATOM_ATOM);
+        allHidden = allHidden && state && std::ranges::find(*state, hiddenAtom) != state->end();
+    }
+    application.isHidden = allHidden;
     return application;
 }
 
@@ -238,6 +288,13 @@ bool X11Applications::handleEvent(const xcb_generic_event_t& event) {
         return false;
     }
     const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+    if (notify.window == connection_.root() &&
+        notify.atom == connection_.atom("_NET_CLIENT_LIST")) {
+        // Window ids are reused once a client disconnects; what was known of them may no longer
+        // hold, and a full read costs one round trip.
+        known_.clear();
+        return false;
+    }
     if (notify.window != connection_.root() ||
         notify.atom != connection_.atom("_NET_ACTIVE_WINDOW")) {
         return false;

@@ -2,6 +2,10 @@
 
 #include <map>
 #include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "platform/applications.h"
 #include "platform/x11/x11_connection.h"
@@ -47,7 +51,18 @@ private:
         xcb_window_t window = 0;
         ProcessId pid = 0;
     };
+    // What does not change while a window lives: its process and what names its application.
+    struct Identity {
+        std::string className;
+        std::string applicationId;
+    };
+    struct Known {
+        ProcessId pid = 0;
+        std::optional<Identity> identity;
+    };
     std::vector<Client> clientsFrontToBack() const;
+    void forgetAllBut(const std::vector<xcb_window_t>& clients) const;
+    const Identity& identityOf(xcb_window_t window) const;
     RunningApplication describe(ProcessId process, const std::vector<xcb_window_t>& windows) const;
     std::optional<ProcessId> activeProcess() const;
     bool handleEvent(const xcb_generic_event_t& event);
@@ -55,6 +70,7 @@ private:
     struct Observers;
     X11Connection& connection_;
     mutable X11Properties properties_;
+    mutable std::unordered_map<xcb_window_t, Known> known_;
     RunningApplication self_;
     std::optional<ProcessId> lastActive_;
     std::shared_ptr<Observers> observers_;

@@ -66,12 +66,19 @@ std::string X11Connection::atomName(xcb_atom_t atom) {
     if (atom == XCB_ATOM_NONE) {
         return {};
     }
+    if (auto found = atomNames_.find(atom); found != atomNames_.end()) {
+        return found->second;
+    }
     auto name = reply(xcb_get_atom_name_reply, xcb_get_atom_name(connection_, atom));
     if (!name) {
         return {};
     }
-    return std::string(xcb_get_atom_name_name(name->get()),
-                       static_cast<std::size_t>(xcb_get_atom_name_name_length(name->get())));
+    // An atom keeps its name while the server runs.
+    return atomNames_
+        .emplace(atom,
+                 std::string(xcb_get_atom_name_name(name->get()),
+                             static_cast<std::size_t>(xcb_get_atom_name_name_length(name->get()))))
+        .first->second;
 }
 
 Registration X11Connection::addEventHandler(EventHandler handler) {
@@ -89,6 +96,11 @@ void X11Connection::selectRootEvents(std::uint32_t mask) {
     const std::uint32_t values[] = {rootEventMask_};
     xcb_change_window_attributes(connection_, root(), XCB_CW_EVENT_MASK, values);
     flush();
+}
+
+void X11Connection::watchClient(xcb_window_t window) {
+    const std::uint32_t values[] = {kClientEventMask};
+    xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, values);
 }
 
 void X11Connection::flush() {

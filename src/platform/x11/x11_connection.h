@@ -66,6 +66,11 @@ public:
     [[nodiscard]] Registration addEventHandler(EventHandler handler);
     // Adds to the event mask selected on the root window (what each part needs is or-ed in).
     void selectRootEvents(std::uint32_t mask);
+    // What every part hears of a client window: its geometry (StructureNotify) and its
+    // properties. One mask for all, because selecting replaces what this connection selected.
+    static constexpr std::uint32_t kClientEventMask =
+        XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    void watchClient(xcb_window_t window);
 
     // Sends the requests made so far.
     void flush();
@@ -109,6 +114,7 @@ private:
     xcb_screen_t* screen_ = nullptr;
     MainQueue& queue_;
     std::unordered_map<std::string, xcb_atom_t> atoms_;
+    std::unordered_map<xcb_atom_t, std::string> atomNames_;
     std::uint32_t rootEventMask_ = 0;
     std::shared_ptr<Handlers> handlers_;
     bool readPosted_ = false;

@@ -12,13 +12,14 @@ constexpr std::uint32_t kMaximumLength = 1 << 20;
 
 }  // namespace
 
-Expected<std::vector<std::uint32_t>, X11Error> X11Properties::values(xcb_window_t window,
-                                                                     std::string_view property,
-                                                                     xcb_atom_t type) {
-    auto answer =
-        connection_.reply(xcb_get_property_reply,
-                          xcb_get_property(connection_.raw(), 0, window, connection_.atom(property),
-                                           type, 0, kMaximumLength));
+xcb_get_property_cookie_t X11Properties::request(xcb_window_t window, std::string_view property,
+                                                 xcb_atom_t type) {
+    return request(window, connection_.atom(property), type);
+}
+
+Expected<std::vector<std::uint32_t>, X11Error> X11Properties::valuesOf(
+    xcb_get_property_cookie_t cookie, xcb_atom_t type) {
+    auto answer = connection_.reply(xcb_get_property_reply, cookie);
     if (!answer) {
         return unexpected(answer.error());
     }
@@ -35,11 +36,19 @@ Expected<std::vector<std::uint32_t>, X11Error> X11Properties::values(xcb_window_
     return result;
 }
 
-Expected<std::string, X11Error> X11Properties::bytes(xcb_window_t window, xcb_atom_t property,
-                                                     xcb_atom_t type) {
-    auto answer = connection_.reply(
-        xcb_get_property_reply,
-        xcb_get_property(connection_.raw(), 0, window, property, type, 0, kMaximumLength));
+Expected<std::vector<std::uint32_t>, X11Error> X11Properties::values(xcb_window_t window,
+                                                                     std::string_view property,
+                                                                     xcb_atom_t type) {
+    return valuesOf(request(window, property, type), type);
+}
+
+xcb_get_property_cookie_t X11Properties::request(xcb_window_t window, xcb_atom_t property,
+                                                 xcb_atom_t type) {
+    return xcb_get_property(connection_.raw(), 0, window, property, type, 0, kMaximumLength);
+}
+
+Expected<std::string, X11Error> X11Properties::bytesOf(xcb_get_property_cookie_t cookie) {
+    auto answer = connection_.reply(xcb_get_property_reply, cookie);
     if (!answer) {
         return unexpected(answer.error());
     }
@@ -49,6 +58,11 @@ Expected<std::string, X11Error> X11Properties::bytes(xcb_window_t window, xcb_at
     }
     return std::string(static_cast<const char*>(xcb_get_property_value(reply)),
                        static_cast<std::size_t>(xcb_get_property_value_length(reply)));
+}
+
+Expected<std::string, X11Error> X11Properties::bytes(xcb_window_t window, xcb_atom_t property,
+                                                     xcb_atom_t type) {
+    return bytesOf(request(window, property, type));
 }
 
 Expected<std::string, X11Error> X11Properties::title(xcb_window_t window) {
@@ -70,8 +84,8 @@ Expected<std::optional<std::int32_t>, X11Error> X11Properties::processOf(xcb_win
     return std::optional<std::int32_t>(static_cast<std::int32_t>(pid->front()));
 }
 
-Expected<FrameExtents, X11Error> X11Properties::frameExtents(xcb_window_t window) {
-    auto extents = cardinals(window, "_NET_FRAME_EXTENTS");
+Expected<FrameExtents, X11Error> X11Properties::extentsOf(xcb_get_property_cookie_t cookie) {
+    auto extents = valuesOf(cookie, XCB_ATOM_CARDINAL);
     if (!extents) {
         return unexpected(extents.error());
     }
@@ -83,10 +97,19 @@ Expected<FrameExtents, X11Error> X11Properties::frameExtents(xcb_window_t window
     return result;
 }
 
+Expected<FrameExtents, X11Error> X11Properties::frameExtents(xcb_window_t window) {
+    return extentsOf(request(window, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL));
+}
+
 Expected<RootRect, X11Error> X11Properties::clientRect(xcb_window_t window) {
     auto* raw = connection_.raw();
     const auto geometryCookie = xcb_get_geometry(raw, window);
     const auto translateCookie = xcb_translate_coordinates(raw, window, connection_.root(), 0, 0);
+    return clientRectOf(geometryCookie, translateCookie);
+}
+
+Expected<RootRect, X11Error> X11Properties::clientRectOf(
+    xcb_get_geometry_cookie_t geometryCookie, xcb_translate_coordinates_cookie_t translateCookie) {
     auto geometry = connection_.reply(xcb_get_geometry_reply, geometryCookie);
     auto translated = connection_.reply(xcb_translate_coordinates_reply, translateCookie);
     if (!geometry) {
@@ -100,11 +123,16 @@ Expected<RootRect, X11Error> X11Properties::clientRect(xcb_window_t window) {
 }
 
 Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
-    auto client = clientRect(window);
+    // All three asked at once: one round trip to the server instead of three.
+    auto* raw = connection_.raw();
+    const auto geometryCookie = xcb_get_geometry(raw, window);
+    const auto translateCookie = xcb_translate_coordinates(raw, window, connection_.root(), 0, 0);
+    const auto extentsCookie = request(window, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL);
+    auto client = clientRectOf(geometryCookie, translateCookie);
+    auto extents = extentsOf(extentsCookie);
     if (!client) {
         return client;
     }
-    auto extents = frameExtents(window);
     if (!extents) {
         return unexpected(extents.error());
     }
@@ -113,12 +141,16 @@ Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
                     client->height + extents->top + extents->bottom};
 }
 
+Expected<std::vector<xcb_atom_t>, X11Error> X11Properties::states(xcb_window_t window) {
+    return values(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
+}
+
 Expected<bool, X11Error> X11Properties::hasState(xcb_window_t window, std::string_view state) {
-    auto states = values(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
-    if (!states) {
-        return unexpected(states.error());
+    auto all = states(window);
+    if (!all) {
+        return unexpected(all.error());
     }
-    return std::ranges::find(*states, connection_.atom(state)) != states->end();
+    return std::ranges::find(*all, connection_.atom(state)) != all->end();
 }
 
 }  // namespace corvetta

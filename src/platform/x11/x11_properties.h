@@ -61,10 +61,24 @@ public:
     Expected<RootRect, X11Error> clientRect(xcb_window_t window);
     // The outer frame, decorations included, in root coordinates.
     Expected<RootRect, X11Error> frameRect(xcb_window_t window);
+    // _NET_WM_STATE: the states the window is in.
+    Expected<std::vector<xcb_atom_t>, X11Error> states(xcb_window_t window);
     // Whether _NET_WM_STATE holds the state atom.
     Expected<bool, X11Error> hasState(xcb_window_t window, std::string_view state);
 
+    // Split in asking and answering, so several requests share one round trip.
+    xcb_get_property_cookie_t request(xcb_window_t window, std::string_view property,
+                                      xcb_atom_t type);
+    xcb_get_property_cookie_t request(xcb_window_t window, xcb_atom_t property, xcb_atom_t type);
+    Expected<std::vector<std::uint32_t>, X11Error> valuesOf(xcb_get_property_cookie_t cookie,
+                                                            xcb_atom_t type);
+    Expected<std::string, X11Error> bytesOf(xcb_get_property_cookie_t cookie);
+
 private:
+    Expected<FrameExtents, X11Error> extentsOf(xcb_get_property_cookie_t cookie);
+    Expected<RootRect, X11Error> clientRectOf(xcb_get_geometry_cookie_t geometryCookie,
+                                              xcb_translate_coordinates_cookie_t translateCookie);
+
     X11Connection& connection_;
 };
 

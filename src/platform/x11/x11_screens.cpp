@@ -99,10 +99,22 @@ std::vector<Reservation> readReservations(X11Connection& connection, X11Properti
     const auto& root = connection.screen();
     std::vector<Reservation> result;
     auto clients = properties.values(connection.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
-    for (const auto window : clients ? *clients : std::vector<std::uint32_t>{}) {
-        auto strut = properties.cardinals(window, "_NET_WM_STRUT_PARTIAL");
+    if (!clients) {
+        return result;
+    }
+    // Asked all at once; a client's struts can change while it runs, which its property change
+    // announces.
+    std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
+    for (const auto window : *clients) {
+        connection.watchClient(window);
+        cookies.emplace_back(properties.request(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL),
+                             properties.request(window, "_NET_WM_STRUT", XCB_ATOM_CARDINAL));
+    }
+    for (const auto& [partialCookie, wholeCookie] : cookies) {
+        auto strut = properties.valuesOf(partialCookie, XCB_ATOM_CARDINAL);
+        auto whole = properties.valuesOf(wholeCookie, XCB_ATOM_CARDINAL);
         if (!strut || strut->size() < 12) {
-            strut = properties.cardinals(window, "_NET_WM_STRUT");
+            strut = std::move(whole);
         }
         if (!strut || strut->size() < 4) {
             continue;
@@ -143,6 +155,7 @@ Screen screenOf(X11Connection& connection, const X11Monitor& monitor,
 
 struct X11Screens::Observers {
     std::uint64_t nextId = 1;
+    std::vector<Screen> known;
     std::map<std::uint64_t, std::function<void()>> handlers;
     bool announcementPosted = false;
 };
@@ -165,11 +178,19 @@ X11Screens::X11Screens(X11Connection& connection)
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     events_ = connection_.addEventHandler(
         [this](const xcb_generic_event_t& event) { return handleEvent(event); });
+    observers_->known = screens();
 }
 
 X11Screens::~X11Screens() = default;
 
 std::vector<X11Monitor> X11Screens::monitors() const {
+    if (!monitors_) {
+        monitors_ = readMonitors();
+    }
+    return *monitors_;
+}
+
+std::vector<X11Monitor> X11Screens::readMonitors() const {
     std::vector<X11Monitor> result;
     if (hasRandr_) {
         auto answer =
@@ -201,6 +222,13 @@ X11Coordinates X11Screens::coordinates() const {
 }
 
 std::vector<Screen> X11Screens::screens() const {
+    if (!screens_) {
+        screens_ = readScreens();
+    }
+    return *screens_;
+}
+
+std::vector<Screen> X11Screens::readScreens() const {
     const auto all = monitors();
     const X11Coordinates coordinates{all.front().rect};
     const auto reserved = readReservations(connection_, properties_);
@@ -246,17 +274,23 @@ bool X11Screens::handleEvent(const xcb_generic_event_t& event) {
     const std::uint8_t type = event.response_type & 0x7f;
     if (hasRandr_ && (type == randrFirstEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
                       type == randrFirstEvent_ + XCB_RANDR_NOTIFY)) {
+        monitors_.reset();
         announceSoon();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-        if (notify.window == connection_.root() &&
-            (notify.atom == connection_.atom("_NET_WORKAREA") ||
-             notify.atom == connection_.atom("_NET_CLIENT_LIST"))) {
+        const bool rootChange = notify.window == connection_.root() &&
+                                (notify.atom == connection_.atom("_NET_WORKAREA") ||
+                                 notify.atom == connection_.atom("_NET_CURRENT_DESKTOP") ||
+                                 notify.atom == connection_.atom("_NET_CLIENT_LIST"));
+        const bool strutChange = notify.atom == connection_.atom("_NET_WM_STRUT_PARTIAL") ||
+                                 notify.atom == connection_.atom("_NET_WM_STRUT");
+        if (rootChange || strutChange) {
             announceSoon();
         }
     } else if (type == XCB_CONFIGURE_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
         if (notify.window == connection_.root()) {
+            monitors_.reset();
             announceSoon();
         }
     }
@@ -264,16 +298,25 @@ bool X11Screens::handleEvent(const xcb_generic_event_t& event) {
 }
 
 void X11Screens::announceSoon() {
+    // Read again on first use: what the events said is known, not what came of it.
+    screens_.reset();
     if (observers_->announcementPosted) {
         return;
     }
     observers_->announcementPosted = true;
-    connection_.queue().post([weak = std::weak_ptr<Observers>(observers_)] {
+    connection_.queue().post([this, weak = std::weak_ptr<Observers>(observers_)] {
         auto observers = weak.lock();
         if (!observers) {
             return;
         }
         observers->announcementPosted = false;
+        // Windows come and go and work areas are rewritten far more often than the displays or
+        // what panels reserve change; only a change of the displays is news.
+        auto now = screens();
+        if (now == observers->known) {
+            return;
+        }
+        observers->known = std::move(now);
         std::vector<std::uint64_t> ids;
         for (const auto& entry : observers->handlers) {
             ids.push_back(entry.first);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/screen.h"
@@ -19,8 +20,10 @@ struct X11Monitor {
 
 // The displays port over RandR 1.5 monitors: the RandR primary first (else the first monitor),
 // numbered by their names' atoms, which stay the same while the server runs. Visible frames leave
-// out what panels and docks reserve (_NET_WORKAREA and every client's struts). Changes to the
-// monitors or to the work area are announced once per burst of events.
+// out what panels and docks reserve (_NET_WORKAREA and every client's struts). What was read is
+// kept until the server announces a change of the monitors, the work area, the client list or a
+// client's struts, since every frame conversion needs the monitors; a change that alters the
+// displays is announced once per burst of events.
 class X11Screens final : public ScreenPort {
 public:
     explicit X11Screens(X11Connection& connection);
@@ -39,6 +42,8 @@ public:
     X11Coordinates coordinates() const;
 
 private:
+    std::vector<X11Monitor> readMonitors() const;
+    std::vector<Screen> readScreens() const;
     bool handleEvent(const xcb_generic_event_t& event);
     void announceSoon();
     std::optional<RootRect> workArea() const;
@@ -48,6 +53,8 @@ private:
     mutable X11Properties properties_;
     std::uint8_t randrFirstEvent_ = 0;
     bool hasRandr_ = false;
+    mutable std::optional<std::vector<X11Monitor>> monitors_;
+    mutable std::optional<std::vector<Screen>> screens_;
     std::shared_ptr<Observers> observers_;
     Registration events_;
 };

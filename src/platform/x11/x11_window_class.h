@@ -13,10 +13,8 @@ struct X11WindowClass {
     std::string className;
 };
 
-// None when the window has no (or an empty) WM_CLASS, or is gone.
-inline std::optional<X11WindowClass> readWindowClass(X11Properties& properties,
-                                                     xcb_window_t window) {
-    auto text = properties.bytes(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING);
+// None when the property (WM_CLASS, as read) is absent, empty, or the window is gone.
+inline std::optional<X11WindowClass> parseWindowClass(const Expected<std::string, X11Error>& text) {
     if (!text || text->empty()) {
         return std::nullopt;
     }
@@ -34,6 +32,11 @@ inline std::optional<X11WindowClass> readWindowClass(X11Properties& properties,
         result.className = result.instanceName;
     }
     return result;
+}
+
+inline std::optional<X11WindowClass> readWindowClass(X11Properties& properties,
+                                                     xcb_window_t window) {
+    return parseWindowClass(properties.bytes(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING));
 }
 
 }  // namespace corvetta
