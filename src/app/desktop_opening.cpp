@@ -1,5 +1,6 @@
 #include "app/desktop_opening.h"
 
+#include "automation/bundle_identifier.h"
 #include "platform/sim/simulated_desktop.h"
 #include "platform/sim/simulated_desktop_file.h"
 #include "platform/x11/x11_desktop.h"
@@ -10,7 +11,7 @@ namespace {
 
 Expected<std::unique_ptr<Desktop>, std::string> openX11Desktop(const DesktopChoice& choice,
                                                                MainQueue& queue) {
-    auto desktop = X11Desktop::open(choice.display, queue);
+    auto desktop = X11Desktop::open(choice.display, queue, {}, bundleIdentifier());
     if (!desktop) {
         return unexpected(desktop.error());
     }

@@ -165,6 +165,29 @@ TEST_F(CorvettaOnX11, AWindowThatRefusesASizeKeepsItAndTheProgramGoesOn) {
     EXPECT_TRUE(near(frameOf(other), {640, 0, 640, 800}));
 }
 
+TEST_F(CorvettaOnX11, ATerminalSnapsInWholeCharacterCells) {
+    startDesktop();
+    startCorvetta();
+    const uint32_t terminal = startXterm("corvetta-e2e-terminal");
+    ASSERT_NE(terminal, 0u);
+    const auto steps = x().resizeSteps(terminal);
+    ASSERT_TRUE(steps && steps->width > 1 && steps->height > 1) << "xterm sizes by its cells";
+    ASSERT_TRUE(x().activate(terminal));
+    for (const auto& [key, left] : {std::pair{XK_Left, 0}, std::pair{XK_Right, 640}}) {
+        SCOPED_TRACE(left);
+        ASSERT_TRUE(x().pressKeys(with(kControlOption, key)));
+        sync();
+        // Placed at the half's corner, as large as whole cells allow inside it.
+        const XFrame frame = frameOf(terminal);
+        EXPECT_EQ(frame.x, left);
+        EXPECT_EQ(frame.y, 0);
+        EXPECT_GT(frame.width, 640 - steps->width);
+        EXPECT_LE(frame.width, 640);
+        EXPECT_GT(frame.height, 800 - steps->height);
+        EXPECT_LE(frame.height, 800);
+    }
+}
+
 TEST_F(CorvettaOnX11, AVanishedWindowIsAnErrorNotACrash) {
     startDesktop();
     startCorvetta();

@@ -37,6 +37,21 @@ uint32_t E2eDesktop::startClient(std::vector<std::string> arguments) {
     return window;
 }
 
+uint32_t E2eDesktop::startXterm(const std::string& title) {
+    auto client = std::make_unique<RunningProcess>(
+        std::vector<std::string>{"xterm", "-geometry", "80x24+200+150", "-T", title},
+        environment());
+    const auto window = probe_->waitForWindowTitled(title);
+    if (!window) {
+        ADD_FAILURE() << "xterm did not map its window:\n"
+                      << client->errors() << "\nthe servers said:\n"
+                      << display_->serverOutput();
+        return 0;
+    }
+    clients_[*window] = std::move(client);
+    return *window;
+}
+
 void E2eDesktop::killClient(uint32_t window) {
     const auto client = clients_.find(window);
     ASSERT_NE(client, clients_.end()) << "no client owns window " << window;

@@ -29,6 +29,9 @@ protected:
     // corvetta-test-client with `arguments` (see tests/e2e/test_client.cpp); its window once the
     // window manager has framed and mapped it, or 0 (with a test failure).
     uint32_t startClient(std::vector<std::string> arguments);
+    // A real xterm (which sizes itself in character cells) titled `title`; its window once the
+    // window manager has framed it, or 0 (with a test failure).
+    uint32_t startXterm(const std::string& title);
     // Kills the client that owns `window` and waits until the window manager let it go.
     void killClient(uint32_t window);
 

@@ -148,6 +148,48 @@ bool XProbe::waitUntilUnmanaged(uint32_t window) {
     });
 }
 
+std::optional<uint32_t> XProbe::waitForWindowTitled(const std::string& title) {
+    std::optional<uint32_t> found;
+    waitForRootChange([&] {
+        for (const uint32_t window : managedWindows()) {
+            auto name = owned(xcb_get_property_reply(
+                connection_,
+                xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 0, 256),
+                nullptr));
+            auto extents = owned(xcb_get_property_reply(
+                connection_,
+                xcb_get_property(connection_, 0, window, atom("_NET_FRAME_EXTENTS"),
+                                 XCB_ATOM_CARDINAL, 0, 4),
+                nullptr));
+            if (name && extents && cardinals(extents.get()).size() == 4 &&
+                std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
+                            static_cast<std::size_t>(xcb_get_property_value_length(name.get()))) ==
+                    title) {
+                found = window;
+                return true;
+            }
+        }
+        return false;
+    });
+    return found;
+}
+
+std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {
+    // WM_SIZE_HINTS: flags, 4 obsolete fields, min, max, increments, aspects, base, gravity.
+    constexpr uint32_t kResizeIncrements = 1u << 6;
+    const auto hints =
+        cardinals(owned(xcb_get_property_reply(
+                            connection_,
+                            xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NORMAL_HINTS,
+                                             XCB_ATOM_WM_SIZE_HINTS, 0, 18),
+                            nullptr))
+                      .get());
+    if (hints.size() < 11 || (hints[0] & kResizeIncrements) == 0) {
+        return std::nullopt;
+    }
+    return Steps{static_cast<int>(hints[9]), static_cast<int>(hints[10])};
+}
+
 bool XProbe::pressKeys(const std::vector<uint32_t>& keysyms) {
     std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
         xcb_key_symbols_alloc(connection_), &xcb_key_symbols_free);

@@ -40,6 +40,16 @@ public:
     bool activate(uint32_t window);
     // Waits (on root property changes) until `window` is no longer managed.
     bool waitUntilUnmanaged(uint32_t window);
+    // Waits until the window manager manages a window whose WM_NAME is `title` and has framed it
+    // (its _NET_FRAME_EXTENTS are set); that window.
+    std::optional<uint32_t> waitForWindowTitled(const std::string& title);
+    // WM_NORMAL_HINTS' resize increments, as terminals set them to their character cell; none
+    // when the window sets none.
+    struct Steps {
+        int width = 1;
+        int height = 1;
+    };
+    std::optional<Steps> resizeSteps(uint32_t window);
 
     // Presses the keys in order and releases them in reverse through XTest, like a person holding a
     // combination; `keysyms` are X key symbols (XK_Control_L, XK_Left, ...). Returns once the

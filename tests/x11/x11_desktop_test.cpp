@@ -1,9 +1,16 @@
 #include "platform/x11/x11_desktop.h"
 
+#include <memory>
+#include <vector>
+
+#include <X11/keysym.h>
 #include <gtest/gtest.h>
+#include <xcb/xcb_keysyms.h>
+#include <xcb/xtest.h>
 
 #include "foundation/clock.h"
 #include "foundation/manual_queue.h"
+#include "platform/x11/x11_key_codes.h"
 #include "support/virtual_display.h"
 
 namespace corvetta {
@@ -14,11 +21,14 @@ TEST(X11DesktopTest, ComposesEveryPortOverOneDisplay) {
     ManualClock clock;
     ManualQueue queue(clock);
     std::vector<std::string> reported;
-    auto desktop = X11Desktop::open(display.displayName(), queue,
-                                    [&](const std::string& line) { reported.push_back(line); });
+    auto desktop = X11Desktop::open(
+        display.displayName(), queue, [&](const std::string& line) { reported.push_back(line); },
+        "com.corvetta.Corvetta.debug");
     ASSERT_TRUE(desktop) << desktop.error();
     auto& ports = **desktop;
     EXPECT_EQ(ports.kind(), "x11");
+    EXPECT_EQ(ports.applicationsPort().currentApplication().bundleIdentifier,
+              "com.corvetta.Corvetta.debug");
     EXPECT_EQ(ports.screenPort().screens().size(), 2u);
     EXPECT_TRUE(ports.accessibilityPort().isProcessTrusted());
     EXPECT_EQ(ports.applicationsPort().runningApplications().size(), 1u) << "only this program";
@@ -40,6 +50,45 @@ TEST(X11DesktopTest, ComposesEveryPortOverOneDisplay) {
     ASSERT_EQ(reported.size(), 1u);
     EXPECT_NE(reported[0].find("Corvetta needs access."), std::string::npos);
     EXPECT_FALSE(ports.alertPort().openAccessibilitySettings());
+}
+
+// The input ports share the program's connection: a reply one of them waits for brings along the
+// events that came before it, and those must not wait for the socket's next word.
+TEST(X11DesktopTest, EventsReadWhileAnInputPortWaitedAreStillHandedOut) {
+    testing::VirtualDisplay display;
+    ManualClock clock;
+    ManualQueue queue(clock);
+    auto desktop = X11Desktop::open(display.displayName(), queue, [](const std::string&) {});
+    ASSERT_TRUE(desktop) << desktop.error();
+    auto& ports = **desktop;
+    constexpr std::uint32_t kLeftArrow = 123;
+    ASSERT_TRUE(
+        ports.hotKeyPort()
+            .registerHotKey(1, {kLeftArrow, CarbonModifier::kControl | CarbonModifier::kOption})
+            .has_value());
+    std::vector<HotKeyEvent> events;
+    auto handler = ports.hotKeyPort().installHotKeyHandler(
+        [&](const HotKeyEvent& event) { events.push_back(event); });
+    queue.runUntilIdle();
+
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> driver(
+        xcb_connect(display.displayName().c_str(), nullptr), &xcb_disconnect);
+    std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
+        xcb_key_symbols_alloc(driver.get()), &xcb_key_symbols_free);
+    for (const xcb_keysym_t symbol : {XK_Control_L, XK_Alt_L, XK_Left}) {
+        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> code(
+            xcb_key_symbols_get_keycode(symbols.get(), symbol), &std::free);
+        ASSERT_TRUE(code);
+        xcb_test_fake_input(driver.get(), XCB_KEY_PRESS, *code, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                            XCB_NONE);
+    }
+    // Once the driver hears back, the server has sent the press on to the program.
+    std::free(xcb_get_input_focus_reply(driver.get(), xcb_get_input_focus(driver.get()), nullptr));
+
+    (void)ports.pointerPort().mouseLocation();
+    queue.runUntilIdle();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].kind, HotKeyEventKind::pressed);
 }
 
 TEST(X11DesktopTest, ADisplayThatCannotBeOpenedIsAnError) {

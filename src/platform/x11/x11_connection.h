@@ -101,12 +101,14 @@ public:
 
     // Reads and hands out the events that have arrived.
     void readEvents();
+    // Reads them on the queue's next turn: for those who waited for a reply on this connection
+    // without it, as xcb then keeps the events it read meanwhile where no wake-up shows them.
+    void readEventsSoon();
     bool hasFailed() const;
 
 private:
     X11Connection(xcb_connection_t* connection, int screenNumber, MainQueue& queue);
     X11Error takeError(xcb_generic_error_t* error);
-    void readEventsSoon();
     void dispatch(const xcb_generic_event_t& event);
 
     struct Handlers;

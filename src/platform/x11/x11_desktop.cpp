@@ -18,28 +18,34 @@ namespace corvetta {
 
 namespace {
 
-RunningApplication thisProgram() {
-    return {getpid(), "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false};
+RunningApplication thisProgram(std::string bundleIdentifier) {
+    return {getpid(), std::move(bundleIdentifier), "Corvetta", ActivationPolicy::accessory, false};
 }
 
 }  // namespace
 
 // In the order they depend on each other; destroyed in reverse, the connection last.
 struct X11Desktop::Parts {
-    Parts(std::unique_ptr<X11Connection> opened, MainQueue& queue, Report report)
+    Parts(std::unique_ptr<X11Connection> opened, MainQueue& queue, Report report,
+          std::string ownBundleIdentifier)
         : connection(std::move(opened)),
           screens(*connection),
-          applications(*connection, thisProgram()),
+          applications(*connection, thisProgram(std::move(ownBundleIdentifier))),
           windowList(*connection, screens),
           accessibility(*connection, screens, applications),
           alerts(queue, std::move(report)),
-          hotKeys(connection->raw(), connection->root(), queue),
-          pointer(connection->raw(), connection->root(), primaryInRoot()),
-          eventMonitor(connection->raw(), connection->root(), queue, primaryInRoot()) {
+          hotKeys(connection->raw(), connection->root(), queue, repliesRead()),
+          pointer(connection->raw(), connection->root(), primaryInRoot(), repliesRead()),
+          eventMonitor(connection->raw(), connection->root(), queue, primaryInRoot(),
+                       repliesRead()) {
         // Hot keys and raw input take theirs first; the rest see what they leave.
         inputEvents = connection->addEventHandler([this](const xcb_generic_event_t& event) {
             return hotKeys.handleEvent(event) || eventMonitor.handleEvent(event);
         });
+    }
+
+    RepliesRead repliesRead() {
+        return [this] { connection->readEventsSoon(); };
     }
 
     PrimaryMonitorInRoot primaryInRoot() {
@@ -62,9 +68,8 @@ struct X11Desktop::Parts {
     Registration inputEvents;
 };
 
-Expected<std::unique_ptr<X11Desktop>, std::string> X11Desktop::open(const std::string& display,
-                                                                    MainQueue& queue,
-                                                                    Report report) {
+Expected<std::unique_ptr<X11Desktop>, std::string> X11Desktop::open(
+    const std::string& display, MainQueue& queue, Report report, std::string ownBundleIdentifier) {
     auto connection = X11Connection::open(display, queue);
     if (!connection) {
         return unexpected(connection.error());
@@ -72,8 +77,8 @@ Expected<std::unique_ptr<X11Desktop>, std::string> X11Desktop::open(const std::s
     if (!report) {
         report = [](const std::string& line) { std::cerr << line << '\n'; };
     }
-    return std::unique_ptr<X11Desktop>(
-        new X11Desktop(std::make_unique<Parts>(std::move(*connection), queue, std::move(report))));
+    return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
+        std::move(*connection), queue, std::move(report), std::move(ownBundleIdentifier))));
 }
 
 X11Desktop::X11Desktop(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}

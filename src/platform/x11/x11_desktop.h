@@ -17,9 +17,10 @@ public:
 
     // Connects to `display` ($DISPLAY when empty). Fails, saying why, when the display cannot be
     // opened. `report` receives what has no other place to go (alert texts); stderr by default.
-    static Expected<std::unique_ptr<X11Desktop>, std::string> open(const std::string& display,
-                                                                   MainQueue& queue,
-                                                                   Report report = {});
+    // This program appears among the applications under `ownBundleIdentifier`.
+    static Expected<std::unique_ptr<X11Desktop>, std::string> open(
+        const std::string& display, MainQueue& queue, Report report = {},
+        std::string ownBundleIdentifier = "com.corvetta.Corvetta");
     ~X11Desktop() override;
     X11Desktop(const X11Desktop&) = delete;
     X11Desktop& operator=(const X11Desktop&) = delete;

@@ -70,11 +70,12 @@ std::optional<EventType> buttonEventType(std::uint32_t button, bool pressed) {
 }  // namespace
 
 X11EventMonitor::X11EventMonitor(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue,
-                                 PrimaryMonitorInRoot primaryMonitorInRoot)
+                                 PrimaryMonitorInRoot primaryMonitorInRoot, RepliesRead repliesRead)
     : connection_(connection),
       root_(root),
       queue_(queue),
       primaryMonitorInRoot_(std::move(primaryMonitorInRoot)),
+      repliesRead_(std::move(repliesRead)),
       extensionOpcode_(selectRawEvents(connection, root)) {
     readModifierMapping();
     readHeldKeys();
@@ -127,6 +128,7 @@ bool X11EventMonitor::wanted(EventType type) const {
 std::optional<Point> X11EventMonitor::queryPointer() const {
     std::unique_ptr<xcb_query_pointer_reply_t, FreeMemory> reply(
         xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
+    noteRepliesRead(repliesRead_);
     if (!reply) {
         return std::nullopt;
     }
@@ -136,11 +138,13 @@ std::optional<Point> X11EventMonitor::queryPointer() const {
 
 void X11EventMonitor::readModifierMapping() {
     modifierOfKey_ = readModifierMasksOfKeys(connection_);
+    noteRepliesRead(repliesRead_);
 }
 
 void X11EventMonitor::readHeldKeys() {
     std::unique_ptr<xcb_query_keymap_reply_t, FreeMemory> keymap(
         xcb_query_keymap_reply(connection_, xcb_query_keymap(connection_), nullptr));
+    noteRepliesRead(repliesRead_);
     if (!keymap) {
         return;
     }

@@ -25,7 +25,7 @@ class X11EventMonitor final : public EventMonitorPort {
 public:
     // Selects the raw events; without XInput 2.2 the monitors hear nothing.
     X11EventMonitor(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue,
-                    PrimaryMonitorInRoot primaryMonitorInRoot);
+                    PrimaryMonitorInRoot primaryMonitorInRoot, RepliesRead repliesRead = {});
 
     Registration addGlobalMonitor(EventTypeMask mask, EventHandler handler) override;
     Registration addLocalMonitor(EventTypeMask mask, EventHandler handler) override;
@@ -53,6 +53,7 @@ private:
     xcb_window_t root_;
     MainQueue& queue_;
     PrimaryMonitorInRoot primaryMonitorInRoot_;
+    RepliesRead repliesRead_;
     std::optional<std::uint8_t> extensionOpcode_;
     // The modifier bit of each key code, and the keys held now.
     ModifierMasksOfKeys modifierOfKey_{};

@@ -31,10 +31,12 @@ std::uint16_t modifierMaskOfSymbol(const ModifierMasksOfKeys& masks, xcb_key_sym
 
 }  // namespace
 
-X11HotKeys::X11HotKeys(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue)
+X11HotKeys::X11HotKeys(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue,
+                       RepliesRead repliesRead)
     : connection_(connection),
       root_(root),
       queue_(queue),
+      repliesRead_(std::move(repliesRead)),
       keySymbols_(xcb_key_symbols_alloc(connection)) {
     readLockModifiers();
 }
@@ -169,6 +171,7 @@ bool X11HotKeys::grab(const std::vector<xcb_keycode_t>& keyCodes, std::uint16_t 
             granted.push_back(attempt);
         }
     }
+    noteRepliesRead(repliesRead_);
     if (!allGranted) {
         for (const auto& attempt : granted) {
             xcb_ungrab_key(connection_, attempt.keyCode, root_, attempt.modifiers);
@@ -189,6 +192,7 @@ void X11HotKeys::ungrab(const std::vector<xcb_keycode_t>& keyCodes, std::uint16_
 
 void X11HotKeys::readLockModifiers() {
     const auto masks = readModifierMasksOfKeys(connection_);
+    noteRepliesRead(repliesRead_);
     numLockMask_ = modifierMaskOfSymbol(masks, keySymbols_, XK_Num_Lock);
     scrollLockMask_ = modifierMaskOfSymbol(masks, keySymbols_, XK_Scroll_Lock);
 }

@@ -19,7 +19,8 @@ namespace corvetta {
 // hear of presses and releases on the main queue's next turn.
 class X11HotKeys final : public HotKeyPort {
 public:
-    X11HotKeys(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue);
+    X11HotKeys(xcb_connection_t* connection, xcb_window_t root, MainQueue& queue,
+               RepliesRead repliesRead = {});
     ~X11HotKeys() override;
     X11HotKeys(const X11HotKeys&) = delete;
     X11HotKeys& operator=(const X11HotKeys&) = delete;
@@ -56,6 +57,7 @@ private:
     xcb_connection_t* connection_;
     xcb_window_t root_;
     MainQueue& queue_;
+    RepliesRead repliesRead_;
     _XCBKeySymbols* keySymbols_;
     std::uint16_t numLockMask_ = 0;
     std::uint16_t scrollLockMask_ = 0;

@@ -16,6 +16,17 @@ namespace corvetta {
 // each time so a monitor change needs no notice.
 using PrimaryMonitorInRoot = std::function<Rect()>;
 
+// Called after an input class waited for a reply on a connection it shares: the events read from
+// the socket meanwhile wait in xcb's queue, where the socket's readiness no longer shows them, so
+// the connection's owner must look there soon. Empty when nobody else reads the connection.
+using RepliesRead = std::function<void()>;
+
+inline void noteRepliesRead(const RepliesRead& repliesRead) {
+    if (repliesRead) {
+        repliesRead();
+    }
+}
+
 // A root-window point in screen space: origin at the primary monitor's bottom-left, y upward.
 inline Point screenPointFromRoot(Point root, const Rect& primaryInRoot) {
     return {root.x - primaryInRoot.origin.x,

@@ -11,7 +11,7 @@ namespace corvetta {
 class X11Pointer final : public PointerPort {
 public:
     X11Pointer(xcb_connection_t* connection, xcb_window_t root,
-               PrimaryMonitorInRoot primaryMonitorInRoot);
+               PrimaryMonitorInRoot primaryMonitorInRoot, RepliesRead repliesRead = {});
 
     // The last location known when the server does not answer.
     Point mouseLocation() const override;
@@ -20,6 +20,7 @@ private:
     xcb_connection_t* connection_;
     xcb_window_t root_;
     PrimaryMonitorInRoot primaryMonitorInRoot_;
+    RepliesRead repliesRead_;
     mutable Point lastLocation_;
 };
 
