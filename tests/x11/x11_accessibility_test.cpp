@@ -111,6 +111,23 @@ TEST_F(X11AccessibilityTest, ASetIsAppliedBeforeItReturns) {
     ASSERT_EQ(accessibility.setAttributeValue(windowElement(), AXAttribute::kSize, Size{50, 40}),
               AXErrorCode::success);
     EXPECT_EQ(read<Size>(AXAttribute::kSize), minimum);
+    // A terminal's cells: the request is made on the window's steps, so the window manager's
+    // rounding is no surprise to the read that follows.
+    auto& client = fixture.client();
+    xcb_size_hints_t cells{};
+    xcb_icccm_size_hints_set_min_size(&cells, 120, 80);
+    xcb_icccm_size_hints_set_base_size(&cells, 4, 2);
+    xcb_icccm_size_hints_set_resize_inc(&cells, 10, 7);
+    xcb_icccm_set_wm_normal_hints(client.raw(), window, &cells);
+    client.sync();
+    const auto extents = *X11Properties(fixture.connection()).frameExtents(window);
+    const int horizontal = extents.left + extents.right, vertical = extents.top + extents.bottom;
+    ASSERT_EQ(accessibility.setAttributeValue(windowElement(), AXAttribute::kSize, Size{500, 400}),
+              AXErrorCode::success);
+    const int cellsWide = (500 - horizontal - 4) / 10, cellsHigh = (400 - vertical - 2) / 7;
+    EXPECT_EQ(read<Size>(AXAttribute::kSize), (Size{double(4 + cellsWide * 10 + horizontal),
+                                                    double(2 + cellsHigh * 7 + vertical)}));
+
     EXPECT_EQ(accessibility.setAttributeValue(windowElement(), AXAttribute::kSize, Point{1, 2}),
               AXErrorCode::illegalArgument);
 }
@@ -170,6 +187,39 @@ TEST_F(X11AccessibilityTest, TheCloseButtonAsksTheApplicationAndGoneWindowsAreIn
             .error(),
         AXErrorCode::invalidUIElement);
     EXPECT_EQ(accessibility.processOf(AXElement()).error(), AXErrorCode::illegalArgument);
+}
+
+TEST(X11SizeHintsTest, FitsARequestOnTheWindowsStepsAboveItsMinimum) {
+    auto hints = [](int minimum, int base, int step) {
+        xcb_size_hints_t raw{};
+        if (minimum > 0) {
+            xcb_icccm_size_hints_set_min_size(&raw, minimum, minimum);
+        }
+        if (base >= 0) {
+            xcb_icccm_size_hints_set_base_size(&raw, base, base);
+        }
+        if (step > 0) {
+            xcb_icccm_size_hints_set_resize_inc(&raw, step, step);
+        }
+        return X11SizeHints::from(raw);
+    };
+    const struct {
+        const char* name;
+        X11SizeHints hints;
+        int asked, fitted;
+    } cases[] = {
+        {"no hints", hints(0, -1, 0), 637, 637},
+        {"minimum only", hints(100, -1, 0), 40, 100},
+        {"steps from the base", hints(0, 4, 10), 637, 634},
+        {"steps from the minimum when there is no base", hints(20, -1, 10), 637, 630},
+        {"below the minimum, the next step above it", hints(120, 4, 10), 50, 124},
+        {"a minimum on the steps", hints(124, 4, 10), 50, 124},
+        {"never below one", hints(0, -1, 0), -5, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.hints.fit(c.asked, c.asked), (X11SizeHints::ClientSize{c.fitted, c.fitted}));
+    }
 }
 
 TEST(X11WindowManagerPingTest, OnlyAWindowManagerThatPromisesAnswersIsAsked) {

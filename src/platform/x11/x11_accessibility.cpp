@@ -144,11 +144,8 @@ Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId proce
         return AXValue(*state);
     }
     if (attribute == AXAttribute::kMinSize) {
-        xcb_size_hints_t hints{};
-        if (!xcb_icccm_get_wm_normal_hints_reply(
-                connection_.raw(), xcb_icccm_get_wm_normal_hints(connection_.raw(), window), &hints,
-                nullptr) ||
-            (hints.flags & XCB_ICCCM_SIZE_HINT_P_MIN_SIZE) == 0) {
+        const auto hints = sizeHints(window);
+        if (!hints || !hints->hasMinimum) {
             return unexpected(AXErrorCode::attributeUnsupported);
         }
         auto extents = properties_.frameExtents(window);
@@ -156,8 +153,8 @@ Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId proce
             return unexpected(errorOf(extents.error()));
         }
         return AXValue(
-            Size{static_cast<double>(hints.min_width + extents->left + extents->right),
-                 static_cast<double>(hints.min_height + extents->top + extents->bottom)});
+            Size{static_cast<double>(hints->minWidth + extents->left + extents->right),
+                 static_cast<double>(hints->minHeight + extents->top + extents->bottom)});
     }
     if (attribute == AXAttribute::kTitle) {
         auto title = properties_.title(window);
@@ -264,8 +261,11 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     if (const auto failed = unmaximize(window); failed != AXErrorCode::success) {
         return failed;
     }
+    const auto hintsCookie =
+        properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
     auto frame = properties_.frameRect(window);
     auto extents = properties_.frameExtents(window);
+    const auto hints = sizeHintsOf(hintsCookie);
     if (!frame || !extents) {
         return errorOf(!frame ? frame.error() : extents.error());
     }
@@ -276,16 +276,23 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
         flags |= kHasX | kHasY;
     }
     if (size) {
-        target.width = static_cast<int>(std::lround(size->width));
-        target.height = static_cast<int>(std::lround(size->height));
+        // Asked on the window's own steps and above its minimum, the request is what the window
+        // manager will make of it, and the frame can be compared with it exactly.
+        const int horizontal = extents->left + extents->right;
+        const int vertical = extents->top + extents->bottom;
+        const auto client = hints.value_or(X11SizeHints{})
+                                .fit(static_cast<int>(std::lround(size->width)) - horizontal,
+                                     static_cast<int>(std::lround(size->height)) - vertical);
+        target.width = client.width + horizontal;
+        target.height = client.height + vertical;
         flags |= kHasWidth | kHasHeight;
     }
     if (target == *frame) {
         return AXErrorCode::success;
     }
     // The request sizes the client; the frame's decorations come on top.
-    const int clientWidth = std::max(1, target.width - extents->left - extents->right);
-    const int clientHeight = std::max(1, target.height - extents->top - extents->bottom);
+    const int clientWidth = target.width - extents->left - extents->right;
+    const int clientHeight = target.height - extents->top - extents->bottom;
     sendToRoot(window, "_NET_MOVERESIZE_WINDOW",
                {flags, static_cast<std::uint32_t>(target.x), static_cast<std::uint32_t>(target.y),
                 static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
@@ -302,6 +309,20 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
         ping_.roundTrip(kApplyPatience);
     }
     return AXErrorCode::success;
+}
+
+std::optional<X11SizeHints> X11Accessibility::sizeHints(xcb_window_t window) {
+    return sizeHintsOf(
+        properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS));
+}
+
+std::optional<X11SizeHints> X11Accessibility::sizeHintsOf(xcb_get_property_cookie_t cookie) {
+    auto answer = connection_.reply(xcb_get_property_reply, cookie);
+    xcb_size_hints_t hints{};
+    if (!answer || !xcb_icccm_get_wm_size_hints_from_reply(&hints, answer->get())) {
+        return std::nullopt;
+    }
+    return X11SizeHints::from(hints);
 }
 
 AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {

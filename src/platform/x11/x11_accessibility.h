@@ -11,6 +11,7 @@
 #include "platform/x11/x11_connection.h"
 #include "platform/x11/x11_properties.h"
 #include "platform/x11/x11_screens.h"
+#include "platform/x11/x11_size_hints.h"
 #include "platform/x11/x11_window_manager_ping.h"
 
 namespace corvetta {
@@ -61,6 +62,9 @@ private:
                            std::optional<Size> size);
     AXErrorCode setState(xcb_window_t window, std::string_view state, bool on);
     AXErrorCode unmaximize(xcb_window_t window);
+    // WM_NORMAL_HINTS; none when the window sets none or is gone.
+    std::optional<X11SizeHints> sizeHints(xcb_window_t window);
+    std::optional<X11SizeHints> sizeHintsOf(xcb_get_property_cookie_t cookie);
     void sendToRoot(xcb_window_t window, std::string_view type,
                     const std::array<std::uint32_t, 5>& data);
     // Waits for the window manager's answer about the window until `applied` holds, at most
