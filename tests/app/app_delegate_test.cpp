@@ -159,18 +159,6 @@ TEST_F(AppDelegateTest, PressesMoveTheLastOtherApplicationsWindow) {
     EXPECT_EQ(delegate->previousFrontmostApp()->processIdentifier, kEditor);
 }
 
-TEST_F(AppDelegateTest, AReservedCombinationFailsAloneAndTheOthersStillWork) {
-    auto setup = desktopSetup();
-    setup.reservedHotKeys = {{123, 0x0800 | 0x1000}};  // ⌃⌥← in Carbon modifiers
-    launch(setup);
-
-    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 17u);
-    EXPECT_FALSE(press(kLeftArrow, kControlOption));
-    EXPECT_EQ(editorFrame(), kStartFrame);
-    EXPECT_TRUE(press(kRightArrow, kControlOption));
-    EXPECT_EQ(editorFrame(), (Rect{720, 25, 720, 875}));
-}
-
 TEST_F(AppDelegateTest, WindowManagementSwitchFollowsTheSettingAtRunTime) {
     launch();
     defaults->set("windowManagementEnabled", false);

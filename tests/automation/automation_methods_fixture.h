@@ -24,53 +24,43 @@ protected:
     static constexpr ProcessId kNotes = 300;
     static constexpr WindowNumber kMain = 11;
 
-    static SimulatedApplication application(ProcessId pid, const std::string& name,
-                                            std::vector<SimulatedWindow> windows,
-                                            std::vector<SimulatedMenu> menus = {}) {
-        SimulatedApplication app;
-        app.pid = pid;
-        app.bundleIdentifier = "com.example." + name;
-        app.name = name;
-        app.windows = std::move(windows);
-        app.menus = std::move(menus);
-        return app;
-    }
-
-    static SimulatedMenuItem item(std::string title, std::string key = "",
-                                  std::optional<SimulatedWindow> opens = {}) {
-        SimulatedMenuItem menuItem;
-        menuItem.title = std::move(title);
-        menuItem.key = std::move(key);
-        menuItem.opensWindow = std::move(opens);
-        return menuItem;
-    }
-
     static SimulatedDesktopSetup setup() {
         SimulatedDesktopSetup s;
         s.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true},
                       {2, "External", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1080}, 1, false}};
-        SimulatedWindow minimized{.number = 12, .title = "old.txt", .frame = {0, 25, 300, 200}};
-        minimized.minimized = true;
-        auto tab = item("New Tab", "T");
-        auto newWindow = item("New Window", "N",
-                              SimulatedWindow{.title = "Untitled", .frame = {50, 50, 600, 400}});
-        newWindow.shift = true;
-        auto disabled = item("New Window");
-        disabled.enabled = false;
-        s.applications = {
-            application(
-                kEditor, "editor",
-                {{.number = kMain, .title = "main.cpp", .frame = {100, 100, 800, 600}}, minimized},
-                {{"File", {tab, newWindow}}}),
-            application(kTerminal, "terminal",
-                        {{.number = 21, .title = "zsh", .frame = {0, 25, 400, 300}}}),
-            application(kNotes, "notes", {},
-                        {{"Edit", {item("Undo", "Z")}},
-                         {"File", {disabled, item("New Note"), item("Create", "N")}}}),
-            application(400, "helper", {{.number = 41, .frame = {0, 25, 50, 50}}}),
+        const auto app = [](ProcessId pid, const std::string& name,
+                            std::vector<SimulatedWindow> windows) {
+            return SimulatedApplication{.pid = pid,
+                                        .bundleIdentifier = "com.example." + name,
+                                        .name = name,
+                                        .windows = std::move(windows)};
         };
-        s.applications.back().activationPolicy = ActivationPolicy::accessory;
-        s.installed = {application(500, "browser", {{.number = 51, .frame = {0, 25, 900, 700}}})};
+        s.applications = {
+            app(kEditor, "editor",
+                {{.number = kMain, .title = "main.cpp", .frame = {100, 100, 800, 600}},
+                 {.number = 12,
+                  .title = "old.txt",
+                  .frame = {0, 25, 300, 200},
+                  .minimized = true}}),
+            app(kTerminal, "terminal",
+                {{.number = 21, .title = "zsh", .frame = {0, 25, 400, 300}}}),
+            app(kNotes, "notes", {}),
+            app(400, "helper", {{.number = 41, .frame = {0, 25, 50, 50}}}),
+        };
+        s.applications[0].menus = {
+            {"File",
+             {{.title = "New Tab", .key = "T"},
+              {.title = "New Window",
+               .key = "N",
+               .shift = true,
+               .opensWindow = SimulatedWindow{.title = "Untitled", .frame = {50, 50, 600, 400}}}}}};
+        s.applications[2].menus = {{"Edit", {{.title = "Undo", .key = "Z"}}},
+                                   {"File",
+                                    {{.title = "New Window", .enabled = false},
+                                     {.title = "New Note"},
+                                     {.title = "Create", .key = "N"}}}};
+        s.applications[3].activationPolicy = ActivationPolicy::accessory;
+        s.installed = {app(500, "browser", {{.number = 51, .frame = {0, 25, 900, 700}}})};
         s.frontmost = kEditor;
         return s;
     }

@@ -4,16 +4,14 @@
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
 
 #include "automation/bundle_identifier.h"
 #include "bridge_fixture.h"
 #include "ctl/ctl_arguments.h"
 #include "ctl/ctl_session.h"
+#include "e2e/running_process.h"
 #include "support/child_process.h"
 
 namespace corvetta {
@@ -82,28 +80,11 @@ protected:
 
     // Runs the built binary with HOME and the XDG folders inside the test's folder.
     Run runCtl(std::vector<std::string> arguments) {
-        auto environment = testing::isolatedEnvironment(root.path());
         arguments.insert(arguments.begin(), CORVETTA_CTL_BINARY);
-        const auto out = root / "ctl.out", err = root / "ctl.err";
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                         0600);
-        posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                         0600);
-        pid_t pid = -1;
-        Run run;
-        if (posix_spawn(&pid, arguments[0].c_str(), &actions, nullptr,
-                        testing::nullTerminated(arguments).data(),
-                        testing::nullTerminated(environment).data()) == 0) {
-            int status = 0;
-            waitpid(pid, &status, 0);
-            run.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        }
-        posix_spawn_file_actions_destroy(&actions);
-        run.out = testing::readTestFile(out);
-        run.err = testing::readTestFile(err);
-        return run;
+        testing::RunningProcess ctl(std::move(arguments),
+                                    testing::isolatedEnvironment(root.path()));
+        const int code = ctl.waitForExit().value_or(-1);
+        return {code, ctl.output(), ctl.errors()};
     }
 };
 

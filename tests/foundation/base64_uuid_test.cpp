@@ -20,7 +20,7 @@ TEST(Uuid, RandomIdentifiersAreVersionFourAndDistinct) {
     EXPECT_EQ(seen.size(), 200u);
 }
 
-TEST(Uuid, TextFormIsCanonicalUpperCaseAndRoundTrips) {
+TEST(Uuid, TextFormIsCanonicalUpperCaseReadInEitherCase) {
     const Uuid id = Uuid::random();
     const std::string text = id.string();
     ASSERT_EQ(text.size(), 36u);
@@ -28,13 +28,8 @@ TEST(Uuid, TextFormIsCanonicalUpperCaseAndRoundTrips) {
         EXPECT_TRUE(c == '-' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F')) << text;
     }
     EXPECT_EQ(Uuid::parse(text), id);
-}
-
-TEST(Uuid, ParsesEitherCase) {
-    const auto upper = Uuid::parse("E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
     const auto lower = Uuid::parse("e621e1f8-c36c-495a-93fc-0c247a3e6e5f");
-    ASSERT_TRUE(upper && lower);
-    EXPECT_EQ(*upper, *lower);
+    ASSERT_TRUE(lower);
     EXPECT_EQ(lower->string(), "E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
 }
 

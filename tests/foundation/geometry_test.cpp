@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-TEST(RectNull, IsInfiniteOriginWithZeroSizeAndEmpty) {
+TEST(RectNull, IsTheInfiniteOriginAndDiffersFromMerelyEmpty) {
     const Rect null = Rect::null();
     EXPECT_EQ(null.origin.x, kInf);
     EXPECT_EQ(null.origin.y, kInf);
@@ -23,9 +23,7 @@ TEST(RectNull, IsInfiniteOriginWithZeroSizeAndEmpty) {
     // Any null origin makes the rectangle null, whatever its size.
     EXPECT_TRUE(Rect(kInf, 5, 10, 10).isNull());
     EXPECT_TRUE(Rect(5, kInf, 10, 10).isNull());
-}
-
-TEST(RectEmpty, ZeroWidthOrHeightIsEmptyButNotNull) {
+    // Zero width or height is empty but not null.
     EXPECT_TRUE(Rect(10, 10, 0, 50).isEmpty());
     EXPECT_TRUE(Rect(10, 10, 50, 0).isEmpty());
     EXPECT_FALSE(Rect(10, 10, 0, 50).isNull());
@@ -48,14 +46,12 @@ TEST(RectExtents, NegativeSizesAreStandardized) {
     EXPECT_TRUE(Rect::null().standardized().isNull());
 }
 
-TEST(RectIntersection, OverlapGivesTheSharedArea) {
+TEST(RectIntersection, GivesTheSharedAreaOrNullWhenApart) {
     EXPECT_EQ(Rect(0, 0, 100, 100).intersection(Rect(50, 25, 100, 100)), Rect(50, 25, 50, 75));
     // Standardized before intersecting.
     EXPECT_EQ(Rect(100, 100, -100, -100).intersection(Rect(50, 50, 10, 10)), Rect(50, 50, 10, 10));
     EXPECT_EQ(Rect(0, 0, 100, 100).intersection(Rect(-10, -10, 500, 500)), Rect(0, 0, 100, 100));
-}
-
-TEST(RectIntersection, DisjointOrNullOperandsGiveNull) {
+    // Disjoint or null operands give null.
     EXPECT_TRUE(Rect(0, 0, 10, 10).intersection(Rect(20, 0, 10, 10)).isNull());
     EXPECT_TRUE(Rect(0, 0, 10, 10).intersection(Rect(0, 20, 10, 10)).isNull());
     EXPECT_TRUE(Rect(0, 0, 10, 10).intersection(Rect::null()).isNull());

@@ -98,101 +98,72 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
 }
 
 TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
+    // The example with one member set (or, without a value, removed), where the file goes wrong,
+    // and how the problem's text starts.
     struct Row {
-        std::function<void(Json&)> edit;
-        std::string place;
-        std::string problem;
-    };
-    const auto window = [](Json& d) -> Json& { return d["applications"][0]["windows"][0]; };
-    const auto secondApp = [](Json& d) -> Json& {
-        d["applications"].push_back({{"pid", 202}, {"name", "Terminal"}});
-        return d["applications"][1];
+        const char* member;
+        const char* value;
+        const char* place;
+        const char* problem;
     };
     const std::vector<Row> rows = {
-        {[](Json& d) { d.erase("displays"); }, "displays", "expected at least one display"},
-        {[](Json& d) { d["displays"] = Json::array(); }, "displays",
-         "expected at least one display"},
-        {[&](Json& d) {
-             window(d)["frame"] = {1, 2, 3};
-         },
-         "applications[0].windows[0].frame", "expected [x, y, width, height]"},
-        {[&](Json& d) { window(d).erase("frame"); }, "applications[0].windows[0].frame",
-         "required"},
-        {[](Json& d) {
-             d["displays"][0]["frame"] = {0, 0, 0, 900};
-         },
-         "displays[0].frame", "width and height must be positive"},
-        {[](Json& d) {
-             d["displays"][0] = {{"id", 1}, {"frame", {10, 0, 1440, 900}}};
-         },
-         "displays[0].frame", "the first display is the primary and must start at [0, 0]"},
-        {[](Json& d) {
-             d["displays"][0]["visibleFrame"] = {0, 0, 1440, 901};
-         },
-         "displays[0].visibleFrame", "must lie inside the frame"},
-        {[](Json& d) {
-             d["displays"].push_back({{"id", 1}, {"frame", {1440, 0, 800, 600}}});
-         },
-         "displays[1].id", "duplicate display id 1"},
-        {[&](Json& d) { secondApp(d)["pid"] = 101; }, "applications[1].pid", "duplicate pid 101"},
-        {[&](Json& d) {
-             secondApp(d)["windows"] = Json::parse(R"([{"number": 11, "frame": [0, 0, 9, 9]}])");
-         },
+        {"/displays", nullptr, "displays", "expected at least one display"},
+        {"/displays", "[]", "displays", "expected at least one display"},
+        {"/displays/0/frame", "[0, 0, 0, 900]", "displays[0].frame",
+         "width and height must be positive"},
+        {"/displays/0", R"({"id": 1, "frame": [10, 0, 1440, 900]})", "displays[0].frame",
+         "the first display is the primary and must start at [0, 0]"},
+        {"/displays/0/visibleFrame", "[0, 0, 1440, 901]", "displays[0].visibleFrame",
+         "must lie inside the frame"},
+        {"/displays/-", R"({"id": 1, "frame": [1440, 0, 800, 600]})", "displays[1].id",
+         "duplicate display id 1"},
+        {"/applications/-", R"({"pid": 101, "name": "Terminal"})", "applications[1].pid",
+         "duplicate pid 101"},
+        {"/applications/-",
+         R"({"pid": 202, "name": "Terminal", "windows": [{"number": 11, "frame": [0, 0, 9, 9]}]})",
          "applications[1].windows[0].number", "duplicate window number 11"},
-        {[](Json& d) { d["frontmost"] = 7; }, "frontmost", "no application with pid 7"},
-        {[](Json& d) {
-             d["dock"] = {{"display", 3}, {"size", 50}};
-         },
-         "dock.display", "no display with id 3"},
-        {[](Json& d) {
-             d["dock"] = {{"display", 1}, {"edge", "top"}, {"size", 50}};
-         },
-         "dock.edge", R"(expected one of "bottom", "left", "right")"},
-        {[&](Json& d) { window(d)["titel"] = "x"; }, "applications[0].windows[0].titel",
+        {"/applications/0/pid", R"("101")", "applications[0].pid", "expected a positive integer"},
+        {"/applications/0/pid", "1.5", "applications[0].pid", "expected a positive integer"},
+        {"/applications/0/activationPolicy", R"("background")", "applications[0].activationPolicy",
+         "expected one of"},
+        {"/applications/0/hidden", "1", "applications[0].hidden", "expected true or false"},
+        {"/applications/0/name", nullptr, "applications[0].name", "required"},
+        {"/applications/0/windows/0/frame", "[1, 2, 3]", "applications[0].windows[0].frame",
+         "expected [x, y, width, height]"},
+        {"/applications/0/windows/0/frame", nullptr, "applications[0].windows[0].frame",
+         "required"},
+        {"/applications/0/windows/0/titel", R"("x")", "applications[0].windows[0].titel",
          "unknown key (known keys: "},
-        {[](Json& d) { d["display"] = Json::array(); }, "display", "unknown key"},
-        {[](Json& d) { d["applications"][0]["pid"] = "101"; }, "applications[0].pid",
-         "expected a positive integer"},
-        {[](Json& d) { d["applications"][0]["pid"] = 1.5; }, "applications[0].pid",
-         "expected a positive integer"},
-        {[](Json& d) { d["applications"][0]["activationPolicy"] = "background"; },
-         "applications[0].activationPolicy", "expected one of"},
-        {[](Json& d) { d["applications"][0]["hidden"] = 1; }, "applications[0].hidden",
-         "expected true or false"},
-        {[](Json& d) { d["applications"][0].erase("name"); }, "applications[0].name", "required"},
-        {[&](Json& d) {
-             window(d)["maxSize"] = {200, 900};
-         },
-         "applications[0].windows[0].maxSize", "smaller than minSize"},
-        {[&](Json& d) { window(d)["resizeIncrements"] = {7}; },
+        {"/applications/0/windows/0/maxSize", "[200, 900]", "applications[0].windows[0].maxSize",
+         "smaller than minSize"},
+        {"/applications/0/windows/0/resizeIncrements", "[7]",
          "applications[0].windows[0].resizeIncrements", "expected [width, height]"},
-        {[&](Json& d) { window(d)["applyDelayMs"] = -1; },
-         "applications[0].windows[0].applyDelayMs", "expected milliseconds"},
-        {[](Json& d) { d["installed"] = Json::parse(R"([{"pid": 5, "name": "Tool"}])"); },
-         "installed[0].bundleIdentifier", "required to launch the application"},
-        {[](Json& d) {
-             d["self"] = {{"pid", 101}};
-         },
-         "applications[0].pid", "duplicate pid 101"},
-        {[](Json& d) {
-             d["mouseLocation"] = {1, 2, 3};
-         },
-         "mouseLocation", "expected [x, y]"},
-        {[](Json& d) { d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123}])"); },
-         "reservedHotKeys[0].modifiers", "required"},
-        {[](Json& d) {
-             d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123, "modifiers": 786688}])");
-         },
+        {"/applications/0/windows/0/applyDelayMs", "-1", "applications[0].windows[0].applyDelayMs",
+         "expected milliseconds"},
+        {"/frontmost", "7", "frontmost", "no application with pid 7"},
+        {"/dock", R"({"display": 3, "size": 50})", "dock.display", "no display with id 3"},
+        {"/dock", R"({"display": 1, "edge": "top", "size": 50})", "dock.edge",
+         R"(expected one of "bottom", "left", "right")"},
+        {"/display", "[]", "display", "unknown key"},
+        {"/installed", R"([{"pid": 5, "name": "Tool"}])", "installed[0].bundleIdentifier",
+         "required to launch the application"},
+        {"/self", R"({"pid": 101})", "applications[0].pid", "duplicate pid 101"},
+        {"/mouseLocation", "[1, 2, 3]", "mouseLocation", "expected [x, y]"},
+        {"/reservedHotKeys", R"([{"keyCode": 123}])", "reservedHotKeys[0].modifiers", "required"},
+        {"/reservedHotKeys", R"([{"keyCode": 123, "modifiers": 786688}])",
          "reservedHotKeys[0].modifiers", "expected Shift (131072), Control (262144)"},
-        {[](Json& d) {
-             d["reservedHotKeys"] = Json::parse(R"([{"keyCode": 65536, "modifiers": 0}])");
-         },
+        {"/reservedHotKeys", R"([{"keyCode": 65536, "modifiers": 0}])",
          "reservedHotKeys[0].keyCode", "expected an integer"},
-        {[](Json& d) { d = Json::array(); }, "", "expected an object"},
+        {"", "[]", "", "expected an object"},
     };
     for (const auto& row : rows) {
         auto document = example();
-        row.edit(document);
+        const Json::json_pointer member(row.member);
+        if (row.value) {
+            document[member] = Json::parse(row.value);
+        } else {
+            document[member.parent_pointer()].erase(member.back());
+        }
         SCOPED_TRACE(document.dump());
         const auto setup = parseSimulatedDesktop(document.dump());
         ASSERT_FALSE(setup.has_value());

@@ -11,22 +11,6 @@ protected:
     std::vector<ObserverToken> tokens;
 };
 
-TEST_F(BridgeTest, NameMapAndDefaultsFollowTheTable) {
-    std::vector<std::string> names;
-    for (const auto& name : bridge().nameMap()) {
-        names.push_back(name.rawValue);
-    }
-    ASSERT_EQ(names.size(), 29u);
-    EXPECT_EQ(names.front(), "leftHalf");
-    EXPECT_EQ(names[22], "quitApp");
-    EXPECT_EQ(names[23], "applyLayoutHalves");
-    EXPECT_EQ(names.back(), "applyLayoutFull");
-    EXPECT_EQ(bridge().defaultShortcuts().size(), 19u);
-    EXPECT_EQ(bridge().defaultShortcuts().at("quitApp"), (Shortcut{12, kControlOption}));
-    EXPECT_EQ(bridge().defaultShortcuts().count("newLayout"), 0u);
-    EXPECT_EQ(bridge().serviceName(), "KeyboardShortcutsBridge");
-}
-
 TEST_F(BridgeTest, LookupPrefersTheLiveStoreThenFallsBack) {
     const Shortcut custom{17, ModifierFlag::kCommand};
     struct Row {

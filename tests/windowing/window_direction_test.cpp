@@ -85,12 +85,6 @@ TEST(WindowDirectionTest, EveryCaseSurvivesTheStoredForm) {
               R"({"type":"custom","rect":[10.0,20.0,300.5,400.0]})");
     EXPECT_EQ(writeJson(toJson(SnapPosition(SnapPosition::Case::fullscreen)), JsonStyle::compact),
               R"({"type":"fullscreen"})");
-    // Names stored by earlier versions that no menu title pins down.
-    for (const char* name : {"topLeft", "topRight", "bottomLeft", "maximize", "center", "larger",
-                             "smaller", "largerWidth", "smallerWidth", "almostMaximize",
-                             "specified", "topLeftQuarter", "bottomRightQuarter"}) {
-        EXPECT_TRUE(directionTypeFromRawValue(name)) << name;
-    }
 }
 
 TEST(WindowDirectionTest, DamagedStoredFormsAreRefused) {
