@@ -26,8 +26,8 @@
 #include <xcb/xcb.h>
 
 #include "automation/socket_client.h"
-#include "running_process.h"
 #include "support/child_process.h"
+#include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
 #include "x_probe.h"

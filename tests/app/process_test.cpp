@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "app/command_line.h"
-#include "e2e/running_process.h"
 #include "support/child_process.h"
+#include "support/running_process.h"
 #include "support/temporary_folder.h"
 
 namespace corvetta {

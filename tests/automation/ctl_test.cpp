@@ -11,8 +11,8 @@
 #include "bridge_fixture.h"
 #include "ctl/ctl_arguments.h"
 #include "ctl/ctl_session.h"
-#include "e2e/running_process.h"
 #include "support/child_process.h"
+#include "support/running_process.h"
 
 namespace corvetta {
 namespace {

@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "automation/socket_client.h"
-#include "running_process.h"
+#include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
 #include "x_probe.h"

@@ -1,4 +1,4 @@
-#include "running_process.h"
+#include "support/running_process.h"
 
 #include <algorithm>
 #include <cerrno>
