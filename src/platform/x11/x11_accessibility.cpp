@@ -61,8 +61,7 @@ Expected<X11Accessibility::Resolved, AXErrorCode> X11Accessibility::resolve(
     }
     const auto id = element.token() & ~kCloseButtonBit;
     const auto window = static_cast<xcb_window_t>(id);
-    const auto windows = applications_.windowsOf(element.process());
-    if (id != window || std::ranges::find(windows, window) == windows.end()) {
+    if (id != window || !applications_.isClientOf(window, element.process())) {
         return unexpected(AXErrorCode::invalidUIElement);
     }
     return Resolved{(element.token() & kCloseButtonBit) != 0 ? Kind::closeButton : Kind::window,
@@ -263,14 +262,15 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     }
     const auto hintsCookie =
         properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
-    auto frame = properties_.frameRect(window);
-    auto extents = properties_.frameExtents(window);
+    const auto outer = properties_.outerFrame(window);
     const auto hints = sizeHintsOf(hintsCookie);
-    if (!frame || !extents) {
-        return errorOf(!frame ? frame.error() : extents.error());
+    if (!outer) {
+        return errorOf(outer.error());
     }
+    const RootRect& frame = outer->rect;
+    const FrameExtents& extents = outer->extents;
     std::uint32_t flags = kNorthWestGravity | kSourcePager;
-    RootRect target = *frame;
+    RootRect target = frame;
     if (position) {
         std::tie(target.x, target.y) = screens_.coordinates().toRoot(*position);
         flags |= kHasX | kHasY;
@@ -278,8 +278,8 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     if (size) {
         // Asked on the window's own steps and above its minimum, the request is what the window
         // manager will make of it, and the frame can be compared with it exactly.
-        const int horizontal = extents->left + extents->right;
-        const int vertical = extents->top + extents->bottom;
+        const int horizontal = extents.left + extents.right;
+        const int vertical = extents.top + extents.bottom;
         const auto client = hints.value_or(X11SizeHints{})
                                 .fit(static_cast<int>(std::lround(size->width)) - horizontal,
                                      static_cast<int>(std::lround(size->height)) - vertical);
@@ -287,12 +287,12 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
         target.height = client.height + vertical;
         flags |= kHasWidth | kHasHeight;
     }
-    if (target == *frame) {
+    if (target == frame) {
         return AXErrorCode::success;
     }
     // The request sizes the client; the frame's decorations come on top.
-    const int clientWidth = target.width - extents->left - extents->right;
-    const int clientHeight = target.height - extents->top - extents->bottom;
+    const int clientWidth = target.width - extents.left - extents.right;
+    const int clientHeight = target.height - extents.top - extents.bottom;
     sendToRoot(window, "_NET_MOVERESIZE_WINDOW",
                {flags, static_cast<std::uint32_t>(target.x), static_cast<std::uint32_t>(target.y),
                 static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
@@ -300,7 +300,7 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     // refuse it: once it has answered the ping, the frame is whatever it made of the request.
     if (!ping_.isAvailable()) {
         // Without the round trip, a frame that changed at all is taken as the answer.
-        const RootRect before = *frame;
+        const RootRect before = frame;
         waitUntil(window, [&] {
             auto now = properties_.frameRect(window);
             return !now || *now == target || *now != before;

@@ -187,6 +187,14 @@ std::vector<xcb_window_t> X11Applications::windowsOf(ProcessId process) const {
     return result;
 }
 
+bool X11Applications::isClientOf(xcb_window_t window, ProcessId process) const {
+    if (const auto found = known_.find(window); found != known_.end()) {
+        return found->second.pid == process && process > 0;
+    }
+    const auto windows = windowsOf(process);
+    return std::ranges::find(windows, window) != windows.end();
+}
+
 RunningApplication X11Applications::describe(ProcessId process,
                                              const std::vector<xcb_window_t>& windows) const {
     if (process == self_.processIdentifier) {

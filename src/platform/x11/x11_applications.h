@@ -45,6 +45,10 @@ public:
 
     // The process's client windows, front to back.
     std::vector<xcb_window_t> windowsOf(ProcessId process) const;
+    // Whether the window is one of the process's clients. Known windows are answered without
+    // asking the server until the client list changes; a window destroyed meanwhile fails the
+    // request that follows anyway.
+    bool isClientOf(xcb_window_t window, ProcessId process) const;
 
 private:
     struct Client {

@@ -123,6 +123,14 @@ Expected<RootRect, X11Error> X11Properties::clientRectOf(
 }
 
 Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
+    auto frame = outerFrame(window);
+    if (!frame) {
+        return unexpected(frame.error());
+    }
+    return frame->rect;
+}
+
+Expected<X11Properties::OuterFrame, X11Error> X11Properties::outerFrame(xcb_window_t window) {
     // All three asked at once: one round trip to the server instead of three.
     auto* raw = connection_.raw();
     const auto geometryCookie = xcb_get_geometry(raw, window);
@@ -131,14 +139,15 @@ Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
     auto client = clientRectOf(geometryCookie, translateCookie);
     auto extents = extentsOf(extentsCookie);
     if (!client) {
-        return client;
+        return unexpected(client.error());
     }
     if (!extents) {
         return unexpected(extents.error());
     }
-    return RootRect{client->x - extents->left, client->y - extents->top,
-                    client->width + extents->left + extents->right,
-                    client->height + extents->top + extents->bottom};
+    return OuterFrame{{client->x - extents->left, client->y - extents->top,
+                       client->width + extents->left + extents->right,
+                       client->height + extents->top + extents->bottom},
+                      *extents};
 }
 
 Expected<std::vector<xcb_atom_t>, X11Error> X11Properties::states(xcb_window_t window) {

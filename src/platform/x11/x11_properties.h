@@ -61,6 +61,12 @@ public:
     Expected<RootRect, X11Error> clientRect(xcb_window_t window);
     // The outer frame, decorations included, in root coordinates.
     Expected<RootRect, X11Error> frameRect(xcb_window_t window);
+    struct OuterFrame {
+        RootRect rect;
+        FrameExtents extents;
+    };
+    // The same with the extents it was reckoned with.
+    Expected<OuterFrame, X11Error> outerFrame(xcb_window_t window);
     // _NET_WM_STATE: the states the window is in.
     Expected<std::vector<xcb_atom_t>, X11Error> states(xcb_window_t window);
     // Whether _NET_WM_STATE holds the state atom.
