@@ -298,16 +298,12 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
                 static_cast<std::uint32_t>(clientWidth), static_cast<std::uint32_t>(clientHeight)});
     // The window manager may round the size to the window's steps, keep it above its minimum or
     // refuse it: once it has answered the ping, the frame is whatever it made of the request.
-    if (!ping_.isAvailable()) {
-        // Without the round trip, a frame that changed at all is taken as the answer.
-        const RootRect before = frame;
-        waitUntil(window, [&] {
-            auto now = properties_.frameRect(window);
-            return !now || *now == target || *now != before;
-        });
-    } else {
-        ping_.roundTrip(kApplyPatience);
-    }
+    // Without the round trip, a frame that changed at all is taken as the answer.
+    const RootRect before = frame;
+    awaitWindowManager(window, [&] {
+        auto now = properties_.frameRect(window);
+        return !now || *now == target || *now != before;
+    });
     return AXErrorCode::success;
 }
 
@@ -337,29 +333,20 @@ AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {
         return AXErrorCode::success;
     }
     // A maximized window would take the request as the size to restore to later.
-    const auto request = [&] {
-        sendToRoot(window, "_NET_WM_STATE",
-                   {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
-                    connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
-    };
-    if (ping_.isAvailable()) {
-        request();
-        ping_.roundTrip(kApplyPatience);
-        return AXErrorCode::success;
-    }
-    const auto maximized = properties_.frameRect(window);
-    const auto maximizedExtents = properties_.frameExtents(window);
-    request();
-    waitUntil(window, [&] {
+    const auto maximized = properties_.outerFrame(window);
+    sendToRoot(window, "_NET_WM_STATE",
+               {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
+                connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
+    awaitWindowManager(window, [&] {
         auto stillVertical = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT");
         auto stillHorizontal = properties_.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ");
-        auto now = properties_.frameRect(window);
         // The decorations change too, and the size asked next is reckoned with them.
-        auto extents = properties_.frameExtents(window);
-        return !stillVertical || !stillHorizontal || !now || !extents ||
-               (!*stillVertical && !*stillHorizontal && (!maximized || *now != *maximized) &&
-                (!maximizedExtents || extents->top != maximizedExtents->top ||
-                 extents->left != maximizedExtents->left));
+        auto now = properties_.outerFrame(window);
+        return !stillVertical || !stillHorizontal || !now ||
+               (!*stillVertical && !*stillHorizontal &&
+                (!maximized ||
+                 (now->rect != maximized->rect && (now->extents.top != maximized->extents.top ||
+                                                   now->extents.left != maximized->extents.left))));
     });
     return AXErrorCode::success;
 }
@@ -374,11 +361,7 @@ AXErrorCode X11Accessibility::setState(xcb_window_t window, std::string_view sta
     }
     sendToRoot(window, "_NET_WM_STATE",
                {on ? kStateAdd : kStateRemove, connection_.atom(state), 0, 2, 0});
-    if (ping_.isAvailable()) {
-        ping_.roundTrip(kApplyPatience);
-        return AXErrorCode::success;
-    }
-    waitUntil(window, [&] {
+    awaitWindowManager(window, [&] {
         auto now = properties_.hasState(window, state);
         return !now || *now == on;
     });
@@ -400,6 +383,15 @@ void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
     xcb_send_event(connection_.raw(), 0, connection_.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));
+}
+
+void X11Accessibility::awaitWindowManager(xcb_window_t window,
+                                          const std::function<bool()>& appliedWithoutPing) {
+    if (ping_.isAvailable()) {
+        ping_.roundTrip(kApplyPatience);
+    } else {
+        waitUntil(window, appliedWithoutPing);
+    }
 }
 
 bool X11Accessibility::waitUntil(xcb_window_t window, const std::function<bool()>& applied) {

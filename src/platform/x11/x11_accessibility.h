@@ -67,6 +67,9 @@ private:
     std::optional<X11SizeHints> sizeHintsOf(xcb_get_property_cookie_t cookie);
     void sendToRoot(xcb_window_t window, std::string_view type,
                     const std::array<std::uint32_t, 5>& data);
+    // Returns once the window manager has handled what was asked of it: after a ping's answer,
+    // or, where it answers none, once `appliedWithoutPing` holds (waitUntil).
+    void awaitWindowManager(xcb_window_t window, const std::function<bool()>& appliedWithoutPing);
     // Waits for the window manager's answer about the window until `applied` holds, at most
     // kApplyPatience; whether it held in the end.
     bool waitUntil(xcb_window_t window, const std::function<bool()>& applied);
