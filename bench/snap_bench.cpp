@@ -7,7 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "app/window_services.h"
+#include "app/service_root.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/manual_queue.h"
@@ -41,7 +41,8 @@ void BM_SnapThroughTheMover(benchmark::State& state) {
     Logbook logbook(loggingDefaults, notifications, clock, nullptr);
     LoggingService logging(loggingDefaults, logbook);
     SimulatedDesktop desktop(twoDisplays(), queue);
-    WindowServices services(desktop, queue, defaults, logging);
+    ServiceRoot services(
+        ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging});
 
     using enum WindowDirection::Case;
     const std::array<WindowDirection, 6> actions = {leftHalf, rightTwoThirds,  bottomHalf,

@@ -14,8 +14,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "app/window_services.h"
-#include "automation/automation_methods.h"
+#include "app/service_root.h"
 #include "automation/mcp_bridge_service.h"
 #include "automation/socket_client.h"
 #include "diagnostics/logbook.h"
@@ -75,12 +74,10 @@ struct ServedDesktop {
     LoggingService logging{loggingDefaults, logbook};
     EventLoop loop{clock};
     SimulatedDesktop desktop{twoDisplays(), loop};
-    WindowServices services{desktop, loop, defaults, logging};
-    AutomationMethods methods{
-        AutomationContext{desktop, loop, services.screenDetection, services.windowSnappingService,
-                          services.windowMover, logbook, logging, "Corvetta 0.1.0",
-                          "simulated benchmark desktop", [] { return std::string("Ready"); }}};
-    MCPBridgeService server{folder / "mcp.sock", methods, loop, logging};
+    ServiceRoot services{ProcessPlumbing{desktop, loop, defaults, notifications, logbook, logging,
+                                         folder / "mcp.sock", "Corvetta 0.1.0",
+                                         "simulated benchmark desktop"}};
+    MCPBridgeService& server = *services.automationServer();
     std::thread mainThread;
 };
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/window_services.h"
+#include "app/service_root.h"
 #include "automation/automation_methods.h"
 #include "automation/line_reader.h"
 #include "automation/socket_request.h"
@@ -52,7 +52,7 @@ SimulatedDesktopSetup fuzzDesktop() {
     return setup;
 }
 
-// The methods over the window services of a fresh desktop, so each input runs alone.
+// The methods of the program's services on a fresh desktop, so each input runs alone.
 struct MethodsOnADesktop {
     InMemoryPreferences loggingDefaults{{{LoggingService::kMinimumLogLevelKey, 2}}};
     InMemoryPreferences defaults;
@@ -62,11 +62,9 @@ struct MethodsOnADesktop {
     Logbook logbook{loggingDefaults, notifications, clock, nullptr};
     LoggingService logging{loggingDefaults, logbook};
     SimulatedDesktop desktop{fuzzDesktop(), queue};
-    WindowServices services{desktop, queue, defaults, logging};
-    AutomationMethods methods{
-        AutomationContext{desktop, queue, services.screenDetection, services.windowSnappingService,
-                          services.windowMover, logbook, logging, "Corvetta 0.1.0",
-                          "simulated fuzz desktop", [] { return std::string("Ready"); }}};
+    ServiceRoot services{ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging,
+                                         std::nullopt, "Corvetta 0.1.0", "simulated fuzz desktop"}};
+    AutomationMethods& methods = *services.automationMethods;
 };
 
 void require(bool condition) {

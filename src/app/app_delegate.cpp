@@ -2,6 +2,7 @@
 
 #include "app/app_notifications.h"
 #include "automation/automation_methods.h"
+#include "automation/mcp_bridge_service.h"
 #include "diagnostics/logging_manager.h"
 #include "shortcuts/key_labels.h"
 #include "shortcuts/shortcut.h"
@@ -9,109 +10,20 @@
 
 namespace corvetta {
 
-AppDelegate::AppDelegate(AppDelegateEnvironment environment)
-    : environment_(std::move(environment)),
-      logger_(environment_.logging, "AppDelegate", LogCategory::startup()) {
+AppDelegate::AppDelegate(const ProcessPlumbing& plumbing, std::function<void()> terminate)
+    : plumbing_(plumbing),
+      terminate_(std::move(terminate)),
+      logger_(plumbing_.logging, "AppDelegate", LogCategory::startup()),
+      services_(plumbing_, ServiceCallbacks{
+                               .quit = [this] { perform(StatusMenu::kQuitCommand); },
+                               .statusMessage = [this] { return statusMessage(); },
+                           }) {
     ownBundleID_ =
-        environment_.desktop.applicationsPort().currentApplication().bundleIdentifier.value_or("");
+        plumbing_.desktop.applicationsPort().currentApplication().bundleIdentifier.value_or("");
 }
 
 AppDelegate::~AppDelegate() {
     applicationWillTerminate();
-}
-
-// MARK: - Services, on first use
-
-ScreenDetectionService& AppDelegate::screenDetection() {
-    if (!screenDetection_) {
-        screenDetection_ = std::make_unique<ScreenDetectionService>(
-            environment_.desktop.screenPort(), environment_.logging);
-    }
-    return *screenDetection_;
-}
-
-WindowCalculationService& AppDelegate::calculationService() {
-    if (!calculationService_) {
-        calculationService_ = std::make_unique<WindowCalculationService>(
-            screenDetection(), environment_.defaults, environment_.logging);
-    }
-    return *calculationService_;
-}
-
-WindowMover& AppDelegate::windowMover() {
-    if (!windowMover_) {
-        windowMover_ = std::make_unique<WindowMover>(
-            accessibilityElement(), calculationService(), screenDetection(),
-            environment_.desktop.screenPort(), environment_.queue, environment_.logging);
-    }
-    return *windowMover_;
-}
-
-AccessibilityElement& AppDelegate::accessibilityElement() {
-    if (!accessibilityElement_) {
-        auto& desktop = environment_.desktop;
-        accessibilityElement_ = std::make_unique<AccessibilityElement>(
-            desktop.accessibilityPort(), desktop.screenPort(), desktop.windowListPort(),
-            desktop.applicationsPort(), desktop.pointerPort(), environment_.logging);
-    }
-    return *accessibilityElement_;
-}
-
-WindowSnappingService& AppDelegate::windowSnappingService() {
-    if (!windowSnappingService_) {
-        windowSnappingService_ = std::make_unique<WindowSnappingService>(
-            windowMover(), screenDetection(), accessibilityElement(), calculationService(),
-            environment_.desktop.applicationsPort(), environment_.defaults, environment_.logging);
-    }
-    return *windowSnappingService_;
-}
-
-ShortcutServices& AppDelegate::shortcutServices() {
-    if (!shortcutServices_) {
-        shortcutServices_ = std::make_unique<ShortcutServices>(
-            environment_.desktop.hotKeyPort(), environment_.defaults, environment_.notifications,
-            environment_.logging);
-    }
-    return *shortcutServices_;
-}
-
-ShortcutService& AppDelegate::shortcutService() {
-    if (!shortcutService_) {
-        auto& layers = shortcutServices();
-        shortcutService_ = std::make_unique<ShortcutService>(
-            layers.bridge, layers.hotKeyStore, windowSnappingService(), environment_.defaults,
-            environment_.logging, [this] { perform(StatusMenu::kQuitCommand); });
-    }
-    return *shortcutService_;
-}
-
-PermissionManager& AppDelegate::permissionManager() {
-    if (!permissionManager_) {
-        auto& desktop = environment_.desktop;
-        permissionManager_ = std::make_unique<PermissionManager>(
-            desktop.accessibilityPort(), desktop.alertPort(), environment_.defaults,
-            environment_.notifications, environment_.queue, environment_.logging);
-    }
-    return *permissionManager_;
-}
-
-AutomationBridge* AppDelegate::mcpBridgeService() {
-    if (!mcpBridgeService_ && environment_.socketPath) {
-        mcpBridgeService_ = std::make_unique<AutomationBridge>(
-            *environment_.socketPath, AutomationContext{
-                                          .desktop = environment_.desktop,
-                                          .queue = environment_.queue,
-                                          .screenDetection = screenDetection(),
-                                          .snappingService = windowSnappingService(),
-                                          .windowMover = windowMover(),
-                                          .logbook = environment_.logbook,
-                                          .logging = environment_.logging,
-                                          .version = environment_.version,
-                                          .desktopDescription = environment_.desktopDescription,
-                                          .statusMessage = [this] { return statusMessage(); },
-                                      });
-    }
-    return mcpBridgeService_.get();
 }
 
 // MARK: - Launch and termination
@@ -122,31 +34,30 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     }
     logger_.info("Application did finish launching");
     // First, so a second copy leaves before it grabs a single key or writes a single setting.
-    if (auto* bridge = mcpBridgeService();
-        bridge && bridge->start() == AutomationBridge::StartResult::alreadyRunning) {
+    if (auto* server = services_.automationServer();
+        server && server->start() == MCPBridgeService::StartResult::alreadyRunning) {
         logger_.error("Corvetta is already running (automation socket " +
-                      bridge->socketPath().string() + ")");
-        mcpBridgeService_.reset();
+                      server->socketPath().string() + ")");
         return LaunchResult::alreadyRunning;
     }
     launched_ = true;
     // A status-bar item and no Dock icon.
-    environment_.desktop.applicationsPort().setActivationPolicy(ActivationPolicy::accessory);
+    plumbing_.desktop.applicationsPort().setActivationPolicy(ActivationPolicy::accessory);
 
     // Shortcut storage is settled before anything reads a combination.
-    shortcutServices().startup.run();
+    services_.shortcutStartup.run();
     readLaunchSettings();
     observeNotifications();
 
     // The observer is in place first, so the first check's change reaches the flag.
-    permissionManager().start();
-    shortcutService().registerAllShortcuts();
+    services_.permissionManager.start();
+    services_.shortcutService.registerAllShortcuts();
     rebuildStatusMenu();
     return LaunchResult::launched;
 }
 
 void AppDelegate::readLaunchSettings() {
-    auto& defaults = environment_.defaults;
+    auto& defaults = plumbing_.defaults;
     const auto readBool = [&](const char* key, bool fallback) {
         if (const auto value = defaults.boolValue(key)) {
             return *value;
@@ -162,17 +73,17 @@ void AppDelegate::readLaunchSettings() {
 }
 
 void AppDelegate::observe(const char* name, void (AppDelegate::*handler)(const Notification&)) {
-    notificationObservers_.push_back(environment_.notifications.addObserver(
+    notificationObservers_.push_back(plumbing_.notifications.addObserver(
         name, [this, handler](const Notification& n) { (this->*handler)(n); }));
 }
 
 void AppDelegate::observeNotifications() {
     // Whatever is in front at launch is the window the user means until something else comes
     // forward.
-    if (const auto frontmost = environment_.desktop.applicationsPort().frontmostApplication()) {
+    if (const auto frontmost = plumbing_.desktop.applicationsPort().frontmostApplication()) {
         handleExternalAppActivated(*frontmost);
     }
-    activationObserver_ = environment_.desktop.applicationsPort().observeDidActivateApplication(
+    activationObserver_ = plumbing_.desktop.applicationsPort().observeDidActivateApplication(
         [this](const RunningApplication& app) { handleExternalAppActivated(app); });
     observe(PermissionManager::kStatusChangedNotification,
             &AppDelegate::handlePermissionStatusChanged);
@@ -186,10 +97,10 @@ void AppDelegate::observeNotifications() {
     observe(AppNotifications::kWindowManagementEnabledChanged,
             &AppDelegate::handleWindowManagementEnabledChanged);
     observe(AppNotifications::kRefreshStatusMenu, &AppDelegate::handleRefreshStatusMenu);
-    workspaceCancellables_.push_back(environment_.notifications.addObserver(
+    workspaceCancellables_.push_back(plumbing_.notifications.addObserver(
         AppNotifications::kWorkspacesDidChange,
         [this](const Notification& n) { handleRefreshStatusMenu(n); }));
-    loggingObservers_.push_back(environment_.notifications.addObserver(
+    loggingObservers_.push_back(plumbing_.notifications.addObserver(
         LoggingManager::kSettingsChangedNotification,
         [this](const Notification& n) { handleLoggingSettingsChanged(n); }));
     logger_.info(std::string("Logging observer set up for notification: ") +
@@ -208,22 +119,12 @@ void AppDelegate::applicationWillTerminate() {
     notificationObservers_.clear();
     workspaceCancellables_.clear();
     loggingObservers_.clear();
-    if (mcpBridgeService_) {
-        mcpBridgeService_->stop();
+    // Launched, so the server (if any) exists already.
+    if (auto* server = services_.automationServer()) {
+        server->stop();
     }
-    if (permissionManager_) {
-        permissionManager_->stop();
-    }
-    // Reverse order of dependency: a service never outlives what it holds a reference to.
-    mcpBridgeService_.reset();
-    shortcutService_.reset();
-    shortcutServices_.reset();
-    windowSnappingService_.reset();
-    windowMover_.reset();
-    accessibilityElement_.reset();
-    calculationService_.reset();
-    screenDetection_.reset();
-    permissionManager_.reset();
+    services_.permissionManager.stop();
+    services_.shortcutService.unregisterAllShortcuts();
 }
 
 // MARK: - Menu commands
@@ -240,11 +141,11 @@ bool AppDelegate::perform(std::string_view command) {
     }
     if (command == StatusMenu::kQuitCommand) {
         logger_.info("Quit requested");
-        environment_.terminate();
+        terminate_();
         return true;
     }
     if (command == StatusMenu::kRequestPermissionCommand) {
-        permissionManager().requestPermission();
+        services_.permissionManager.requestPermission();
         return true;
     }
     const auto name = windowActionShortcutName(command);
@@ -253,7 +154,7 @@ bool AppDelegate::perform(std::string_view command) {
         logger_.error("Menu command has no action: " + std::string(command));
         return false;
     }
-    action->perform(windowSnappingService());
+    action->perform(services_.windowSnappingService);
     return true;
 }
 
@@ -280,9 +181,9 @@ void AppDelegate::rebuildStatusMenu() {
     pendingUpdate_ = false;
     const StatusMenuState state{
         .isAccessibilityPermissionGranted = isAccessibilityPermissionGranted_,
-        .isWindowManagementEnabled = shortcutService().isWindowManagementEnabled(),
+        .isWindowManagementEnabled = services_.shortcutService.isWindowManagementEnabled(),
         .hideWindowManagementMenuItems =
-            environment_.defaults.boolValue(AppSettings::kHideWindowManagementMenuItems)
+            plumbing_.defaults.boolValue(AppSettings::kHideWindowManagementMenuItems)
                 .value_or(false),
     };
     statusMenu_ =
@@ -293,7 +194,7 @@ void AppDelegate::rebuildStatusMenu() {
 std::string AppDelegate::shortcutLabel(std::string_view name) {
     // Read from the live store, not through the bridge: building a menu is no lookup worth a log
     // line.
-    const auto live = shortcutServices().keyboardShortcuts.shortcut(libraryShortcutName(name));
+    const auto live = services_.keyboardShortcuts.shortcut(libraryShortcutName(name));
     return live ? corvetta::shortcutLabel(ShortcutConverter::toShortcut(*live)) : "";
 }
 
@@ -301,7 +202,7 @@ std::string AppDelegate::statusMessage() const {
     if (!isAccessibilityPermissionGranted_) {
         return "Waiting for accessibility permission";
     }
-    if (shortcutService_ && !shortcutService_->isWindowManagementEnabled()) {
+    if (!services_.shortcutService.isWindowManagementEnabled()) {
         return "Window management disabled";
     }
     return "Window actions ready";
@@ -322,7 +223,7 @@ void AppDelegate::handlePermissionStatusChanged(const Notification& notification
     const auto granted =
         found == notification.userInfo.end() ? std::nullopt : found->second.toBool();
     isAccessibilityPermissionGranted_ =
-        granted.value_or(permissionManager().isAccessibilityPermissionGranted());
+        granted.value_or(services_.permissionManager.isAccessibilityPermissionGranted());
     logger_.info(std::string("Accessibility permission ") + (isAccessibilityPermissionGranted_
                                                                  ? "granted: window features on"
                                                                  : "missing: window features off"));
@@ -331,31 +232,29 @@ void AppDelegate::handlePermissionStatusChanged(const Notification& notification
 
 void AppDelegate::handleDisplayConfigurationChanged(const Notification&) {
     logger_.info("Display configuration changed, refreshing screen caches");
-    if (screenDetection_) {
-        screenDetection_->refresh();
-    }
+    services_.screenDetection.refresh();
 }
 
 void AppDelegate::handleDragToSnapEnabledChanged(const Notification&) {
     isDragToSnapEnabled_ =
-        environment_.defaults.boolValue(AppSettings::kDragToSnapEnabled).value_or(true);
+        plumbing_.defaults.boolValue(AppSettings::kDragToSnapEnabled).value_or(true);
     logger_.info(std::string("Drag to snap ") + (isDragToSnapEnabled_ ? "enabled" : "disabled"));
 }
 
 void AppDelegate::handleSnapModifiersChanged(const Notification&) {
-    const auto modifiers = environment_.defaults.integer(AppSettings::kSnapModifiers);
+    const auto modifiers = plumbing_.defaults.integer(AppSettings::kSnapModifiers);
     logger_.info("Snap modifiers changed to " +
                  (modifiers ? std::to_string(*modifiers) : std::string("default")));
 }
 
 void AppDelegate::handleAvoidSystemConflictsChanged(const Notification&) {
     const bool avoid =
-        environment_.defaults.boolValue(AppSettings::kAvoidSystemConflicts).value_or(true);
+        plumbing_.defaults.boolValue(AppSettings::kAvoidSystemConflicts).value_or(true);
     logger_.info(std::string("Avoid system conflicts ") + (avoid ? "on" : "off"));
 }
 
 void AppDelegate::handleWindowManagementEnabledChanged(const Notification&) {
-    auto& shortcuts = shortcutService();
+    auto& shortcuts = services_.shortcutService;
     if (shortcuts.isWindowManagementEnabled()) {
         shortcuts.registerWindowManagementShortcuts();
     } else {
@@ -369,7 +268,7 @@ void AppDelegate::handleRefreshStatusMenu(const Notification&) {
 }
 
 void AppDelegate::handleLoggingSettingsChanged(const Notification&) {
-    environment_.logging.reloadSettings();
+    plumbing_.logging.reloadSettings();
 }
 
 }  // namespace corvetta

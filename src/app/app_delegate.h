@@ -1,55 +1,27 @@
+// app_delegate.h: The process's root object: launch, status menu, run-time notifications.
 #pragma once
 
-#include <filesystem>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/automation_bridge.h"
-#include "app/permission_manager.h"
-#include "app/shortcut_service.h"
+#include "app/service_root.h"
 #include "app/status_menu.h"
-#include "diagnostics/logbook.h"
 #include "diagnostics/logger.h"
-#include "foundation/main_queue.h"
 #include "foundation/notification_center.h"
-#include "foundation/preferences.h"
-#include "platform/desktop.h"
-#include "shortcuts/shortcut_services.h"
-#include "windowing/accessibility_element.h"
-#include "windowing/screen_detection_service.h"
-#include "windowing/window_calculation_service.h"
-#include "windowing/window_mover.h"
-#include "windowing/window_snapping_service.h"
 
 namespace corvetta {
 
-// What the delegate is given: the desktop it runs on and the process-wide plumbing.
-struct AppDelegateEnvironment {
-    Desktop& desktop;
-    MainQueue& queue;
-    Preferences& defaults;
-    NotificationCenter& notifications;
-    Logbook& logbook;
-    LoggingService& logging;
-    // Ends the run loop; called when the user quits.
-    std::function<void()> terminate;
-    // Where the automation socket listens; without one there is no socket.
-    std::optional<std::filesystem::path> socketPath{};
-    // For status queries: "corvetta 0.1.0" and what the desktop is.
-    std::string version{};
-    std::string desktopDescription{};
-};
-
-// The process's root object: creates every long-lived service on first use and keeps it for the
-// life of the process, holds the status menu, follows the notifications that change behaviour at
-// run time and remembers which other application was last in front. Main thread only.
+// The process's root object: holds the services (built by the service root), starts them at launch
+// in the order that keeps a second copy harmless, holds the status menu, follows the notifications
+// that change behaviour at run time and remembers which other application was last in front.
+// Main thread only.
 class AppDelegate {
 public:
-    explicit AppDelegate(AppDelegateEnvironment environment);
+    // `terminate` ends the run loop; called when the user quits.
+    AppDelegate(const ProcessPlumbing& plumbing, std::function<void()> terminate);
     ~AppDelegate();
     AppDelegate(const AppDelegate&) = delete;
     AppDelegate& operator=(const AppDelegate&) = delete;
@@ -81,17 +53,7 @@ public:
     // "Window actions ready" and the like, for status queries.
     std::string statusMessage() const;
 
-    // The services, each created on first use.
-    ScreenDetectionService& screenDetection();
-    WindowCalculationService& calculationService();
-    WindowMover& windowMover();
-    AccessibilityElement& accessibilityElement();
-    WindowSnappingService& windowSnappingService();
-    ShortcutServices& shortcutServices();
-    ShortcutService& shortcutService();
-    PermissionManager& permissionManager();
-    // None when the environment names no socket.
-    AutomationBridge* mcpBridgeService();
+    ServiceRoot& services() { return services_; }
 
 private:
     void readLaunchSettings();
@@ -112,21 +74,14 @@ private:
     void rebuildStatusMenu();
     std::string shortcutLabel(std::string_view name);
 
-    AppDelegateEnvironment environment_;
+    const ProcessPlumbing plumbing_;
+    std::function<void()> terminate_;
     Logger logger_;
     StatusMenu statusMenu_;
     std::string ownBundleID_;
     bool isAccessibilityPermissionGranted_ = false;
-
-    std::unique_ptr<ScreenDetectionService> screenDetection_;
-    std::unique_ptr<WindowCalculationService> calculationService_;
-    std::unique_ptr<WindowMover> windowMover_;
-    std::unique_ptr<AccessibilityElement> accessibilityElement_;
-    std::unique_ptr<WindowSnappingService> windowSnappingService_;
-    std::unique_ptr<ShortcutServices> shortcutServices_;
-    std::unique_ptr<ShortcutService> shortcutService_;
-    std::unique_ptr<AutomationBridge> mcpBridgeService_;
-    std::unique_ptr<PermissionManager> permissionManager_;
+    // Declared before the observers below, so they are dropped before any service goes.
+    ServiceRoot services_;
 
     std::vector<ObserverToken> workspaceCancellables_;
     std::vector<ObserverToken> loggingObservers_;

@@ -64,18 +64,19 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
     const auto desktopDescription = describeDesktop(*desktop, options.desktop);
     logger.info("Desktop: " + desktopDescription);
 
-    AppDelegate delegate(AppDelegateEnvironment{
-        .desktop = *desktop,
-        .queue = loop,
-        .defaults = preferences,
-        .notifications = notifications,
-        .logbook = logbook,
-        .logging = loggingService,
-        .terminate = [&loop] { loop.stop(); },
-        .socketPath = options.socketPath.value_or(defaultAutomationSocketPath(paths)),
-        .version = versionText(),
-        .desktopDescription = desktopDescription,
-    });
+    AppDelegate delegate(
+        ProcessPlumbing{
+            .desktop = *desktop,
+            .queue = loop,
+            .defaults = preferences,
+            .notifications = notifications,
+            .logbook = logbook,
+            .logging = loggingService,
+            .socketPath = options.socketPath.value_or(defaultAutomationSocketPath(paths)),
+            .version = versionText(),
+            .desktopDescription = desktopDescription,
+        },
+        [&loop] { loop.stop(); });
     if (delegate.applicationDidFinishLaunching() == AppDelegate::LaunchResult::alreadyRunning) {
         platformLog.flush();
         std::fprintf(stderr, "corvetta: Corvetta is already running (socket %s)\n",

@@ -53,8 +53,8 @@ protected:
         desktop = std::make_unique<SimulatedDesktop>(std::move(setup), queue);
         defaults = std::make_unique<JsonFilePreferences>(preferencesFile, clock);
         delegate = std::make_unique<AppDelegate>(
-            AppDelegateEnvironment{*desktop, queue, *defaults, notifications, log.logbook,
-                                   log.logging, [this] { ++terminations; }});
+            ProcessPlumbing{*desktop, queue, *defaults, notifications, log.logbook, log.logging},
+            [this] { ++terminations; });
         delegate->applicationDidFinishLaunching();
         queue.runUntilIdle();
     }

@@ -1,3 +1,5 @@
+// automation_methods_fixture.h: The socket's methods of the program's services on a simulated
+// desktop.
 #pragma once
 
 #include <chrono>
@@ -68,12 +70,8 @@ protected:
     void SetUp() override { startMethods(setup()); }
 
     void startMethods(SimulatedDesktopSetup desktopSetup) {
-        methods.reset();
         start(std::move(desktopSetup));
-        methods = std::make_unique<AutomationMethods>(
-            AutomationContext{rig->sim, queue, rig->services.screenDetection, rig->service,
-                              rig->services.mover, logbook, logging, "Corvetta 0.1.0",
-                              "simulated desktop test.json", [] { return std::string("Ready"); }});
+        methods = rig->services.automationMethods.get();
     }
 
     // Dispatches without running the queue; the replies arrive in `replies`.
@@ -107,7 +105,7 @@ protected:
         return outcome ? std::string() : outcome.error();
     }
 
-    std::unique_ptr<AutomationMethods> methods;
+    AutomationMethods* methods = nullptr;
 };
 
 }  // namespace corvetta::testing_support

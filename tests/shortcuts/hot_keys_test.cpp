@@ -1,5 +1,3 @@
-#include "foundation/manual_queue.h"
-#include "platform/sim/simulated_desktop.h"
 #include "shortcut_fixture.h"
 
 namespace corvetta {
@@ -10,30 +8,12 @@ using testing_support::kControlOption;
 constexpr std::uint16_t kLeftArrow = 123;
 constexpr std::uint16_t kRightArrow = 124;
 
-SimulatedDesktopSetup oneDisplay() {
-    SimulatedDesktopSetup setup;
-    setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
-    return setup;
-}
-
-// The layers over the simulated desktop's hot-key service.
 class HotKeysTest : public testing_support::ShortcutTest {
 protected:
-    void SetUp() override {
-        services.reset();
-        services = std::make_unique<ShortcutServices>(desktop.hotKeyPort(), defaults, notifications,
-                                                      logging);
-    }
-    void TearDown() override { services.reset(); }
-
-    SimulatedHotKeys& system() { return desktop.hotKeys(); }
     void registerCounting(const std::string& name) {
-        s().bridge.registerShortcut(name, [this, name] { presses.push_back(name); });
+        s().shortcutBridge.registerShortcut(name, [this, name] { presses.push_back(name); });
     }
 
-    ManualClock desktopClock;
-    ManualQueue queue{desktopClock};
-    SimulatedDesktop desktop{oneDisplay(), queue};
     std::vector<std::string> presses;
 };
 
@@ -49,9 +29,9 @@ TEST_F(HotKeysTest, PressesReachTheNamesHandlerThroughOneEventHandler) {
     // topThird has no combination and is not registered, but keeps its handler for later.
     EXPECT_EQ(system().registeredHotKeys().size(), 2u);
     EXPECT_EQ(system().installedHandlerCount(), 1u);
-    EXPECT_FALSE(s().bridge.isShortcutRegistered("topThird"));
+    EXPECT_FALSE(s().shortcutBridge.isShortcutRegistered("topThird"));
 
-    s().bridge.setShortcut("topThird", Shortcut{17, kControlOption});
+    s().shortcutBridge.setShortcut("topThird", Shortcut{17, kControlOption});
     EXPECT_TRUE(system().pressHotKey(17, kControlOption));
     EXPECT_EQ(presses.back(), "topThird");
     EXPECT_EQ(system().installedHandlerCount(), 1u);
@@ -63,7 +43,7 @@ TEST_F(HotKeysTest, EveryCombinationGetsTheNextIdAndFollowsChanges) {
     EXPECT_EQ(system().registeredHotKeys(),
               (std::map<HotKeyId, HotKeyCombination>{{1, {kLeftArrow, 0x1800}},
                                                      {2, {kRightArrow, 0x1800}}}));
-    s().bridge.setShortcut("leftHalf", Shortcut{0, ModifierFlag::kCommand});
+    s().shortcutBridge.setShortcut("leftHalf", Shortcut{0, ModifierFlag::kCommand});
     EXPECT_EQ(system().registeredHotKeys(),
               (std::map<HotKeyId, HotKeyCombination>{{2, {kRightArrow, 0x1800}},
                                                      {3, {0, CarbonModifier::kCommand}}}));
@@ -79,7 +59,7 @@ TEST_F(HotKeysTest, TakenCombinationIsLoggedAndTheOthersStillWork) {
     }
     EXPECT_TRUE(wasLogged(
         "Failed to register hot key for 'leftHalf' (⌃⌥←): The key combination is already in use"));
-    EXPECT_FALSE(s().bridge.isShortcutRegistered("leftHalf"));
+    EXPECT_FALSE(s().shortcutBridge.isShortcutRegistered("leftHalf"));
     EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
     EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
     EXPECT_EQ(presses, (std::vector<std::string>{"rightHalf"}));
@@ -88,7 +68,7 @@ TEST_F(HotKeysTest, TakenCombinationIsLoggedAndTheOthersStillWork) {
 TEST_F(HotKeysTest, UnregisteringAndDisablingStopDispatch) {
     registerCounting("leftHalf");
     registerCounting("rightHalf");
-    s().bridge.unregisterShortcut("leftHalf");
+    s().shortcutBridge.unregisterShortcut("leftHalf");
     EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
 
     s().keyboardShortcuts.setEnabled(false);
@@ -97,7 +77,7 @@ TEST_F(HotKeysTest, UnregisteringAndDisablingStopDispatch) {
     EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
 
     logbook.clear();
-    s().bridge.unregisterAllShortcuts();
+    s().shortcutBridge.unregisterAllShortcuts();
     EXPECT_TRUE(system().registeredHotKeys().empty());
     EXPECT_FALSE(system().pressHotKey(kRightArrow, kControlOption));
     EXPECT_EQ(presses, (std::vector<std::string>{"rightHalf"}));
@@ -123,9 +103,9 @@ TEST_F(HotKeysTest, LegacyManagerRegistersThroughTheSameLayer) {
 }
 
 TEST_F(HotKeysTest, HandlerMayUnregisterItselfWhilePressed) {
-    s().bridge.registerShortcut("leftHalf", [this] {
+    s().shortcutBridge.registerShortcut("leftHalf", [this] {
         presses.push_back("leftHalf");
-        s().bridge.unregisterShortcut("leftHalf");
+        s().shortcutBridge.unregisterShortcut("leftHalf");
     });
     EXPECT_TRUE(system().pressHotKey(kLeftArrow, kControlOption));
     EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));

@@ -7,7 +7,7 @@ using testing_support::kControlOption;
 
 class BridgeTest : public testing_support::ShortcutTest {
 protected:
-    KeyboardShortcutsBridge& bridge() { return s().bridge; }
+    KeyboardShortcutsBridge& bridge() { return s().shortcutBridge; }
     std::vector<ObserverToken> tokens;
 };
 
@@ -107,6 +107,10 @@ TEST_F(BridgeTest, LegacyChangesFlowIntoTheLiveStore) {
               (HotKeyShortcut{11, CarbonModifier::kControl | CarbonModifier::kOption}));
     s().shortcutManager.setShortcut("bottomThird", std::nullopt);
     EXPECT_EQ(s().hotKeyStore.entry("bottomThird").kind, HotKeyStore::EntryKind::absent);
+    // A refused legacy write is announced but leaves the live combination alone.
+    bridge().setShortcut("center", Shortcut{8, kControlOption});
+    s().shortcutManager.setShortcut("center", Shortcut{-3, 0});
+    EXPECT_EQ(bridge().shortcut("center"), (Shortcut{8, kControlOption}));
     // The bridge's own writes are not mistaken for outside changes.
     for (const auto& message : logged("KeyboardShortcutsBridge")) {
         EXPECT_EQ(message.find("changed outside the bridge"), std::string::npos) << message;

@@ -1,3 +1,4 @@
+// shortcut_fixture.h: The program's services over one user-defaults store, for shortcut tests.
 #pragma once
 
 #include <memory>
@@ -6,28 +7,36 @@
 
 #include <gtest/gtest.h>
 
+#include "app/service_root.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/clock.h"
+#include "foundation/manual_queue.h"
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
-#include "platform/sim/simulated_hot_keys.h"
-#include "shortcuts/shortcut_services.h"
+#include "platform/sim/simulated_desktop.h"
 #include "support/test_logging.h"
 
 namespace corvetta::testing_support {
 
 constexpr std::uint64_t kControlOption = ModifierFlag::kControl | ModifierFlag::kOption;
 
-// The shortcut layers over one user-defaults store; `restart` builds them anew over the same
-// store, as a second launch does.
+// The services on a one-display simulated desktop; `restart` builds them anew over the same store
+// and the same desktop, as a second launch does.
 class ShortcutTest : public ::testing::Test {
 protected:
+    static SimulatedDesktopSetup oneDisplay() {
+        SimulatedDesktopSetup setup;
+        setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true}};
+        return setup;
+    }
+
     ShortcutTest() { restart(); }
 
     void restart() {
         services.reset();
-        services = std::make_unique<ShortcutServices>(hotKeys, defaults, notifications, logging);
+        services = std::make_unique<ServiceRoot>(
+            ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging});
     }
 
     std::vector<std::string> logged(const std::string& service = "") const {
@@ -45,16 +54,18 @@ protected:
         return names;
     }
 
-    ShortcutServices& s() { return *services; }
+    ServiceRoot& s() { return *services; }
+    SimulatedHotKeys& system() { return desktop.hotKeys(); }
 
     InMemoryPreferences defaults;
     NotificationCenter notifications;
     ManualClock clock;
+    ManualQueue queue{clock};
     testing::TestLogging testLogging{notifications, clock};
     Logbook& logbook = testLogging.logbook;
     LoggingService& logging = testLogging.logging;
-    SimulatedHotKeys hotKeys;
-    std::unique_ptr<ShortcutServices> services;
+    SimulatedDesktop desktop{oneDisplay(), queue};
+    std::unique_ptr<ServiceRoot> services;
 };
 
 }  // namespace corvetta::testing_support

@@ -21,7 +21,7 @@ protected:
 
 TEST_F(ShortcutStartupTest, FreshInstallationSetsItsFlagsAndTheSaveWorkspaceShortcut) {
     s().keyboardShortcuts.setEnabled(false);
-    s().startup.run();
+    s().shortcutStartup.run();
     EXPECT_TRUE(s().keyboardShortcuts.isEnabled());
     EXPECT_EQ(startupLog(),
               (std::vector<std::string>{
@@ -63,7 +63,7 @@ TEST_F(ShortcutStartupTest, LegacyShortcutsAreCopiedOnceExistingOnesKept) {
     // Already done once before: the fix stays out of this test.
     defaults.set("SaveWorkspaceShortcutFixApplied", true);
 
-    s().startup.run();
+    s().shortcutStartup.run();
     EXPECT_EQ(live("topThird"),
               (HotKeyShortcut{17, CarbonModifier::kCommand | CarbonModifier::kShift}));
     EXPECT_EQ(live("bottomThird"), (HotKeyShortcut{11, CarbonModifier::kControl}));
@@ -86,7 +86,7 @@ TEST_F(ShortcutStartupTest, LegacyShortcutsAreCopiedOnceExistingOnesKept) {
     const auto before = defaults.snapshot();
     logbook.clear();
     restart();
-    s().startup.run();
+    s().shortcutStartup.run();
     EXPECT_EQ(defaults.snapshot(), before);
     EXPECT_EQ(startupLog(), (std::vector<std::string>{
                                 "KeyboardShortcuts.isEnabled set to true",
@@ -98,15 +98,15 @@ TEST_F(ShortcutStartupTest, LegacyShortcutsAreCopiedOnceExistingOnesKept) {
 TEST_F(ShortcutStartupTest, SaveWorkspaceFixOverridesOnceThenRespectsTheUser) {
     defaults.set("shortcutMigrationCompleted", true);
     defaults.set("allowAnyShortcut", false);
-    s().bridge.setShortcut("saveWorkspace", Shortcut{1, ModifierFlag::kCommand});
-    s().startup.run();
-    EXPECT_EQ(s().bridge.shortcut("saveWorkspace"), (Shortcut{1, kControlOption}));
+    s().shortcutBridge.setShortcut("saveWorkspace", Shortcut{1, ModifierFlag::kCommand});
+    s().shortcutStartup.run();
+    EXPECT_EQ(s().shortcutBridge.shortcut("saveWorkspace"), (Shortcut{1, kControlOption}));
     EXPECT_EQ(defaults.boolValue("allowAnyShortcut"), false);
 
-    s().bridge.setShortcut("saveWorkspace", Shortcut{1, ModifierFlag::kCommand});
+    s().shortcutBridge.setShortcut("saveWorkspace", Shortcut{1, ModifierFlag::kCommand});
     restart();
-    s().startup.run();
-    EXPECT_EQ(s().bridge.shortcut("saveWorkspace"), (Shortcut{1, ModifierFlag::kCommand}));
+    s().shortcutStartup.run();
+    EXPECT_EQ(s().shortcutBridge.shortcut("saveWorkspace"), (Shortcut{1, ModifierFlag::kCommand}));
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 
 class AccessibilityElementTest : public testing_support::DesktopTest {
 protected:
-    AccessibilityElement& accessibility() { return services->accessibility; }
+    AccessibilityElement& accessibility() { return services->accessibilityElement; }
 };
 
 TEST_F(AccessibilityElementTest, FramesCrossBetweenSpacesOnBothDisplays) {

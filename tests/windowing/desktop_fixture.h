@@ -1,3 +1,4 @@
+// desktop_fixture.h: The program's services on a two-display simulated desktop, for window tests.
 #pragma once
 
 #include <chrono>
@@ -6,31 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include "app/service_root.h"
 #include "foundation/manual_queue.h"
 #include "platform/sim/simulated_desktop.h"
-#include "windowing/accessibility_element.h"
-#include "windowing/window_calculation_service.h"
-#include "windowing/window_mover.h"
 #include "windowing_fixture.h"
 
 namespace corvetta::testing_support {
-
-// The windowing services on one simulated desktop.
-struct DesktopServices {
-    DesktopServices(SimulatedDesktop& desktop, MainQueue& queue, const Preferences& defaults,
-                    LoggingService& logging)
-        : screenDetection(desktop.screenPort(), logging),
-          calculation(screenDetection, defaults, logging),
-          accessibility(desktop.accessibilityPort(), desktop.screenPort(), desktop.windowListPort(),
-                        desktop.applicationsPort(), desktop.pointerPort(), logging),
-          mover(accessibility, calculation, screenDetection, desktop.screenPort(), queue, logging) {
-    }
-
-    ScreenDetectionService screenDetection;
-    WindowCalculationService calculation;
-    AccessibilityElement accessibility;
-    WindowMover mover;
-};
 
 // A simulated desktop on the manual queue. The primary display is 1440x900 with a 25-point menu
 // bar; the second lies to its right, 300 points lower and 1080 high, so the two coordinate spaces
@@ -64,7 +46,8 @@ protected:
     void startDesktop(SimulatedDesktopSetup setup) {
         services.reset();
         desktop = std::make_unique<SimulatedDesktop>(std::move(setup), queue);
-        services = std::make_unique<DesktopServices>(*desktop, queue, preferences, logging);
+        services = std::make_unique<ServiceRoot>(
+            ProcessPlumbing{*desktop, queue, preferences, notifications, logbook, logging});
     }
     void startDesktop(std::vector<SimulatedWindow> editorWindows) {
         startDesktop(desktopSetup(std::move(editorWindows)));
@@ -76,7 +59,7 @@ protected:
     WindowMoveResult move(WindowMoveRequest request) {
         std::optional<WindowMoveResult> result;
         int completions = 0;
-        services->mover.moveWindow(std::move(request), [&](const WindowMoveResult& r) {
+        services->windowMover.moveWindow(std::move(request), [&](const WindowMoveResult& r) {
             result = r;
             ++completions;
         });
@@ -88,7 +71,7 @@ protected:
 
     ManualQueue queue{clock};
     std::unique_ptr<SimulatedDesktop> desktop;
-    std::unique_ptr<DesktopServices> services;
+    std::unique_ptr<ServiceRoot> services;
 };
 
 }  // namespace corvetta::testing_support

@@ -1,3 +1,4 @@
+// snapping_fixture.h: Runs snaps through the program's services on a simulated desktop.
 #pragma once
 
 #include <chrono>
@@ -11,19 +12,20 @@
 
 namespace corvetta::testing_support {
 
-// Every service a snap passes through, real ones all, over a simulated desktop.
+// The program's services over a simulated desktop.
 struct SnappingRig {
-    SnappingRig(SimulatedDesktopSetup setup, ManualQueue& queue, const Preferences& defaults,
-                LoggingService& logging, WillSnapHook willSnap)
+    SnappingRig(SimulatedDesktopSetup setup, ManualQueue& queue, Preferences& defaults,
+                NotificationCenter& notifications, Logbook& logbook, LoggingService& logging,
+                WillSnapHook willSnap)
         : sim(std::move(setup), queue),
-          services(sim, queue, defaults, logging),
-          service(services.mover, services.screenDetection, services.accessibility,
-                  services.calculation, sim.applicationsPort(), defaults, logging,
-                  std::move(willSnap)) {}
+          services(ProcessPlumbing{sim, queue, defaults, notifications, logbook, logging,
+                                   std::nullopt, "Corvetta 0.1.0", "simulated desktop test.json"},
+                   ServiceCallbacks{.willSnap = std::move(willSnap)}),
+          service(services.windowSnappingService) {}
 
     SimulatedDesktop sim;
-    DesktopServices services;
-    WindowSnappingService service;
+    ServiceRoot services;
+    WindowSnappingService& service;
 };
 
 class SnappingTest : public WindowingTest {
@@ -31,8 +33,8 @@ protected:
     // Settings the calculations read when built must be stored before this.
     SnappingRig& start(SimulatedDesktopSetup setup, WillSnapHook willSnap = {}) {
         rig.reset();
-        rig = std::make_unique<SnappingRig>(std::move(setup), queue, preferences, logging,
-                                            std::move(willSnap));
+        rig = std::make_unique<SnappingRig>(std::move(setup), queue, preferences, notifications,
+                                            logbook, logging, std::move(willSnap));
         return *rig;
     }
 

@@ -183,7 +183,7 @@ TEST_F(WindowMoverTest, BottomTargetFollowsADockThatHidesDuringTheMove) {
 TEST_F(WindowMoverTest, MovesEndEarlyWhenTheWindowOrTheDisplaysGoAway) {
     startDesktop({{.number = 1, .frame = kStart, .applyDelay = 70ms}});
     std::optional<WindowMoveResult> closed;
-    services->mover.moveWindow(request(), [&](const auto& result) { closed = result; });
+    services->windowMover.moveWindow(request(), [&](const auto& result) { closed = result; });
     desktop->closeWindow(1);
     queue.advance(1s);
     EXPECT_EQ(closed.value().error(), WindowMoveError::invalidWindow);
@@ -195,7 +195,7 @@ TEST_F(WindowMoverTest, MovesEndEarlyWhenTheWindowOrTheDisplaysGoAway) {
     // A mover that goes away drops its pending attempts and completions.
     startDesktop({{.number = 1, .frame = kStart, .applyDelay = 70ms}});
     bool completed = false;
-    services->mover.moveWindow(request(), [&](const auto&) { completed = true; });
+    services->windowMover.moveWindow(request(), [&](const auto&) { completed = true; });
     services.reset();
     queue.advance(1s);
     EXPECT_FALSE(completed);

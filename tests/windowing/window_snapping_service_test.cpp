@@ -177,7 +177,8 @@ TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepeti
     const Rect twoThirds(0, 25, 666, 800);
     // Screen space, as the user would leave the window.
     const auto setFrame = [&](WindowNumber window, Rect frame) {
-        ASSERT_TRUE(rig->services.accessibility.setFrame(*rig->sim.windowElement(window), frame));
+        ASSERT_TRUE(
+            rig->services.accessibilityElement.setFrame(*rig->sim.windowElement(window), frame));
     };
     struct Row {
         std::string name;

@@ -1,0 +1,59 @@
+#include "app/service_root.h"
+
+#include "automation/automation_methods.h"
+#include "automation/mcp_bridge_service.h"
+
+namespace corvetta {
+
+ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
+    : plumbing(p),
+      callbacks(std::move(c)),
+      screenDetection(p.desktop.screenPort(), p.logging),
+      calculationService(screenDetection, p.defaults, p.logging),
+      accessibilityElement(p.desktop.accessibilityPort(), p.desktop.screenPort(),
+                           p.desktop.windowListPort(), p.desktop.applicationsPort(),
+                           p.desktop.pointerPort(), p.logging),
+      windowMover(accessibilityElement, calculationService, screenDetection, p.desktop.screenPort(),
+                  p.queue, p.logging),
+      windowSnappingService(windowMover, screenDetection, accessibilityElement, calculationService,
+                            p.desktop.applicationsPort(), p.defaults, p.logging,
+                            callbacks.willSnap),
+      hotKeyCenter(p.desktop.hotKeyPort(), p.logging),
+      hotKeyStore(p.defaults, p.notifications, p.logging),
+      keyboardShortcuts(hotKeyStore, hotKeyCenter, p.notifications),
+      masShortcutManager(p.defaults, p.notifications, hotKeyCenter, p.logging),
+      shortcutManager(masShortcutManager),
+      shortcutBridge(shortcutManager, keyboardShortcuts, p.notifications, p.logging),
+      shortcutStartup(p.defaults, shortcutManager, hotKeyStore, keyboardShortcuts, p.logging),
+      shortcutService(shortcutBridge, hotKeyStore, windowSnappingService, p.defaults, p.logging,
+                      callbacks.quit),
+      permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
+                        p.notifications, p.queue, p.logging),
+      automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
+
+ServiceRoot::~ServiceRoot() = default;
+
+MCPBridgeService* ServiceRoot::automationServer() {
+    if (!mcpBridgeService_ && plumbing.socketPath) {
+        mcpBridgeService_ = std::make_unique<MCPBridgeService>(
+            *plumbing.socketPath, *automationMethods, plumbing.queue, plumbing.logging);
+    }
+    return mcpBridgeService_.get();
+}
+
+AutomationContext ServiceRoot::automationContext() {
+    return AutomationContext{
+        .desktop = plumbing.desktop,
+        .queue = plumbing.queue,
+        .screenDetection = screenDetection,
+        .snappingService = windowSnappingService,
+        .windowMover = windowMover,
+        .logbook = plumbing.logbook,
+        .logging = plumbing.logging,
+        .version = plumbing.version,
+        .desktopDescription = plumbing.desktopDescription,
+        .statusMessage = callbacks.statusMessage,
+    };
+}
+
+}  // namespace corvetta

@@ -1,0 +1,114 @@
+// service_root.h: Builds every long-lived service once, in dependency order, and keeps it for the
+// life of the process.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/permission_manager.h"
+#include "app/shortcut_service.h"
+#include "diagnostics/logbook.h"
+#include "diagnostics/logging_service.h"
+#include "foundation/main_queue.h"
+#include "foundation/notification_center.h"
+#include "foundation/preferences.h"
+#include "platform/desktop.h"
+#include "shortcuts/hot_key_center.h"
+#include "shortcuts/hot_key_store.h"
+#include "shortcuts/keyboard_shortcuts.h"
+#include "shortcuts/keyboard_shortcuts_bridge.h"
+#include "shortcuts/mas_shortcut_manager.h"
+#include "shortcuts/shortcut_manager.h"
+#include "shortcuts/shortcut_startup.h"
+#include "windowing/accessibility_element.h"
+#include "windowing/screen_detection_service.h"
+#include "windowing/window_calculation_service.h"
+#include "windowing/window_mover.h"
+#include "windowing/window_snapping_service.h"
+
+namespace corvetta {
+
+class AutomationMethods;
+struct AutomationContext;
+class MCPBridgeService;
+
+// The desktop the services act on and the process-wide plumbing they share. Everything here must
+// outlive the root.
+struct ProcessPlumbing {
+    Desktop& desktop;
+    MainQueue& queue;
+    Preferences& defaults;
+    NotificationCenter& notifications;
+    Logbook& logbook;
+    LoggingService& logging;
+    // Where the automation socket listens; without one there is no socket server.
+    std::optional<std::filesystem::path> socketPath{};
+    // For status queries: "corvetta 0.1.0" and what the desktop is.
+    std::string version{};
+    std::string desktopDescription{};
+};
+
+// What the services ask of whoever owns the root; called only once the services run.
+struct ServiceCallbacks {
+    // The quit shortcut was pressed.
+    std::function<void()> quit = [] {};
+    // "Window actions ready" and the like, for status queries.
+    std::function<std::string()> statusMessage = [] { return std::string("Ready"); };
+    // Sees the window before a snap moves it; the layout lock's, once there is one.
+    WillSnapHook willSnap{};
+};
+
+// The one place the long-lived services are built: each is a member, constructed from the
+// plumbing and the members declared before it, and destroyed in reverse order, so no service
+// outlives what it holds a reference to. Nothing is replaced at run time. Building has no effect
+// outside the process (no key grabbed, no socket bound, no setting written): starting things is
+// the launch's job, in the order it chooses. Adding a service is one member and one line in the
+// constructor. Main thread only.
+class ServiceRoot {
+public:
+    explicit ServiceRoot(const ProcessPlumbing& plumbing, ServiceCallbacks callbacks = {});
+    ~ServiceRoot();
+    ServiceRoot(const ServiceRoot&) = delete;
+    ServiceRoot& operator=(const ServiceRoot&) = delete;
+
+    // What the automation methods work with.
+    AutomationContext automationContext();
+
+    // The socket server, created on its first use (the launch asks for it before anything else,
+    // so a second copy can leave before it touches anything); none without a socket path.
+    MCPBridgeService* automationServer();
+
+    const ProcessPlumbing plumbing;
+    const ServiceCallbacks callbacks;
+
+    // Moving windows.
+    ScreenDetectionService screenDetection;
+    WindowCalculationService calculationService;
+    AccessibilityElement accessibilityElement;
+    WindowMover windowMover;
+    WindowSnappingService windowSnappingService;
+
+    // Shortcuts, from the hot-key layer up to the service that owns the live set.
+    HotKeyCenter hotKeyCenter;
+    HotKeyStore hotKeyStore;
+    KeyboardShortcuts keyboardShortcuts;
+    MASShortcutManager masShortcutManager;
+    ShortcutManager shortcutManager;
+    KeyboardShortcutsBridge shortcutBridge;
+    ShortcutStartup shortcutStartup;
+    ShortcutService shortcutService;
+
+    PermissionManager permissionManager;
+
+    // The socket's methods.
+    std::unique_ptr<AutomationMethods> automationMethods;
+
+private:
+    // Last, so it goes first at exit: its threads may still be handing requests to the methods.
+    std::unique_ptr<MCPBridgeService> mcpBridgeService_;
+};
+
+}  // namespace corvetta
