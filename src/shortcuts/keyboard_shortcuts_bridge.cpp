@@ -139,6 +139,11 @@ void KeyboardShortcutsBridge::handleKeyboardShortcutChanged(const Notification& 
 }
 
 void KeyboardShortcutsBridge::handleShortcutManagerChanged(const Notification& notification) {
+    // A refused write changed nothing; copying what is left could wipe the live combination.
+    if (const auto refused = notification.userInfo.find(MASShortcutManager::kRefusedKey);
+        refused != notification.userInfo.end() && refused->second.toBool().value_or(false)) {
+        return;
+    }
     if (const auto name = notifiedName(notification, MASShortcutManager::kNameKey)) {
         setShortcut(*name, shortcutManager_.shortcut(*name));
     }

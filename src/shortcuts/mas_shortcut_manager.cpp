@@ -75,7 +75,10 @@ std::optional<Shortcut> MASShortcutManager::shortcut(const std::string& name) co
 void MASShortcutManager::setShortcut(const std::string& name, std::optional<Shortcut> shortcut) {
     if (shortcut) {
         logger_.info("Setting shortcut for " + quoted(name) + " - " + describe(*shortcut));
+        // Announced even when refused, marked so, for whoever waits on the outcome of a write;
+        // followers of the store must not copy what is left as if it had just been written.
         if (!store(name, *shortcut)) {
+            announce(name, true);
             return;
         }
     } else {
@@ -136,8 +139,12 @@ void MASShortcutManager::remove(const std::string& name) {
     defaults_.remove(key(name));
 }
 
-void MASShortcutManager::announce(const std::string& name) {
-    notifications_.post(kChangedNotification, {{kNameKey, PropertyValue(name)}});
+void MASShortcutManager::announce(const std::string& name, bool refused) {
+    UserInfo info{{kNameKey, PropertyValue(name)}};
+    if (refused) {
+        info.emplace(kRefusedKey, PropertyValue(true));
+    }
+    notifications_.post(kChangedNotification, std::move(info));
 }
 
 }  // namespace corvetta

@@ -19,6 +19,8 @@ public:
     static constexpr const char* kUserDefaultsPrefix = "Corvetta.Shortcuts.";
     static constexpr const char* kChangedNotification = "ShortcutManager.shortcutChanged";
     static constexpr const char* kNameKey = "name";
+    // Set to true in the announcement of a write that was refused (nothing changed).
+    static constexpr const char* kRefusedKey = "refused";
 
     MASShortcutManager(Preferences& defaults, NotificationCenter& notifications,
                        HotKeyCenter& hotKeys, LoggingService& logging);
@@ -47,7 +49,7 @@ private:
     // Archives and stores; false (logged) when the shortcut cannot be archived.
     bool store(const std::string& name, const Shortcut& shortcut);
     void remove(const std::string& name);
-    void announce(const std::string& name);
+    void announce(const std::string& name, bool refused = false);
 
     Preferences& defaults_;
     NotificationCenter& notifications_;

@@ -67,7 +67,7 @@ TEST_F(ShortcutStoresTest, LegacyStoreArchivesAnnouncesAndLogsEachOperation) {
               (Shortcut{17, kControlOption}));
     EXPECT_EQ(legacy().shortcut("topThird"), (Shortcut{17, kControlOption}));
 
-    legacy().setShortcut("center", Shortcut{-3, 0});  // no key: refused, nothing announced
+    legacy().setShortcut("center", Shortcut{-3, 0});  // no key: refused, yet announced
     legacy().setShortcut("topThird", std::nullopt);
     legacy().resetShortcutToDefault("leftHalf");
     legacy().resetShortcutToDefault("topHalf");
@@ -75,7 +75,8 @@ TEST_F(ShortcutStoresTest, LegacyStoreArchivesAnnouncesAndLogsEachOperation) {
     EXPECT_FALSE(defaults.object("Corvetta.Shortcuts.topThird").has_value());
     EXPECT_FALSE(defaults.object("Corvetta.Shortcuts.center").has_value());
     EXPECT_EQ(legacy().shortcut("leftHalf"), (Shortcut{123, kControlOption}));
-    EXPECT_EQ(*changed, (std::vector<std::string>{"topThird", "topThird", "leftHalf", "topHalf"}));
+    EXPECT_EQ(*changed,
+              (std::vector<std::string>{"topThird", "center", "topThird", "leftHalf", "topHalf"}));
     EXPECT_EQ(logged("MASShortcutManager"),
               (std::vector<std::string>{
                   "Setting shortcut for 'topThird' - Key code: 17, Modifiers: 786432",
