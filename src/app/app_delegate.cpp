@@ -49,7 +49,8 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     readLaunchSettings();
     observeNotifications();
 
-    // The observer is in place first, so the first check's change reaches the flag.
+    // The observer is in place first, so the first check's answer decides whether the window
+    // actions' keys are grabbed at all.
     services_.permissionManager.start();
     services_.shortcutService.registerAllShortcuts();
     rebuildStatusMenu();
@@ -227,7 +228,7 @@ void AppDelegate::handlePermissionStatusChanged(const Notification& notification
     logger_.info(std::string("Accessibility permission ") + (isAccessibilityPermissionGranted_
                                                                  ? "granted: window features on"
                                                                  : "missing: window features off"));
-    updateStatusMenu();
+    updateWindowFeatures();
 }
 
 void AppDelegate::handleDisplayConfigurationChanged(const Notification&) {
@@ -254,12 +255,11 @@ void AppDelegate::handleAvoidSystemConflictsChanged(const Notification&) {
 }
 
 void AppDelegate::handleWindowManagementEnabledChanged(const Notification&) {
-    auto& shortcuts = services_.shortcutService;
-    if (shortcuts.isWindowManagementEnabled()) {
-        shortcuts.registerWindowManagementShortcuts();
-    } else {
-        shortcuts.unregisterWindowManagementShortcuts();
-    }
+    updateWindowFeatures();
+}
+
+void AppDelegate::updateWindowFeatures() {
+    services_.shortcutService.updateWindowManagementShortcuts(isAccessibilityPermissionGranted_);
     updateStatusMenu();
 }
 

@@ -70,6 +70,8 @@ private:
     void handleRefreshStatusMenu(const Notification& notification);
     void handleLoggingSettingsChanged(const Notification& notification);
 
+    // Window actions need both the permission and the user's switch.
+    void updateWindowFeatures();
     void updateStatusMenu();
     void rebuildStatusMenu();
     std::string shortcutLabel(std::string_view name);

@@ -29,15 +29,34 @@ bool ShortcutService::isWindowManagementEnabled() const {
     return defaults_.boolValue(kWindowManagementEnabledKey).value_or(true);
 }
 
+bool ShortcutService::windowActionsWanted() const {
+    return permissionGranted_ && isWindowManagementEnabled();
+}
+
 void ShortcutService::registerAllShortcuts() {
+    started_ = true;
     logger_.info("Registering keyboard shortcuts...");
-    if (isWindowManagementEnabled()) {
-        registerWindowManagementShortcuts();
-    } else {
+    if (!isWindowManagementEnabled()) {
         logger_.info("Window management features disabled, skipping window management shortcuts");
+    } else if (!permissionGranted_) {
+        logger_.info("Accessibility permission missing, skipping window management shortcuts");
+    } else {
+        registerWindowManagementShortcuts();
     }
     registerQuitShortcut();
     logger_.info("All shortcuts registered.");
+}
+
+void ShortcutService::updateWindowManagementShortcuts(bool accessibilityPermissionGranted) {
+    permissionGranted_ = accessibilityPermissionGranted;
+    if (!started_ || windowActionsWanted() == windowActionsRegistered_) {
+        return;
+    }
+    if (windowActionsRegistered_) {
+        unregisterWindowManagementShortcuts();
+    } else {
+        registerWindowManagementShortcuts();
+    }
 }
 
 void ShortcutService::registerWindowManagementShortcuts() {
@@ -53,6 +72,7 @@ void ShortcutService::registerWindowManagementShortcuts() {
             action.perform(snappingService_);
         });
     }
+    windowActionsRegistered_ = true;
     logger_.info("Window management shortcuts registered");
 }
 
@@ -61,11 +81,14 @@ void ShortcutService::unregisterWindowManagementShortcuts() {
     for (const auto& name : shortcutNames(ShortcutRole::windowAction)) {
         shortcutBridge_.unregisterShortcut(name);
     }
+    windowActionsRegistered_ = false;
     logger_.info("Window management shortcuts unregistered");
 }
 
 void ShortcutService::unregisterAllShortcuts() {
     shortcutBridge_.unregisterAllShortcuts();
+    windowActionsRegistered_ = false;
+    started_ = false;
 }
 
 void ShortcutService::registerQuitShortcut() {

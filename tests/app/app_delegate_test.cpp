@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -159,19 +160,57 @@ TEST_F(AppDelegateTest, PressesMoveTheLastOtherApplicationsWindow) {
     EXPECT_EQ(delegate->previousFrontmostApp()->processIdentifier, kEditor);
 }
 
-TEST_F(AppDelegateTest, WindowManagementSwitchFollowsTheSettingAtRunTime) {
-    launch();
-    defaults->set("windowManagementEnabled", false);
-    notifications.post(AppNotifications::kWindowManagementEnabledChanged);
-    EXPECT_FALSE(press(kLeftArrow, kControlOption));
-    EXPECT_FALSE(delegate->statusMenu().item("snapRight")->isEnabled);
-    EXPECT_TRUE(log.contains("Window management shortcuts unregistered"));
+// The window actions' keys are grabbed only while the permission is granted and the user's switch
+// is on; either one turning off frees them, greys the menu, and turning back on restores them.
+TEST_F(AppDelegateTest, WindowFeaturesFollowThePermissionAndTheSwitchAtRunTime) {
+    struct Case {
+        const char* name;
+        std::function<void(bool on)> turn;
+    };
+    const Case cases[] = {
+        {"permission",
+         [this](bool on) {
+             desktop->setAccessibilityTrusted(on);
+             queue.advance(on ? PermissionManager::kCheckIntervalWhenDenied
+                              : PermissionManager::kCheckIntervalWhenGranted);
+         }},
+        {"windowManagementEnabled",
+         [this](bool on) {
+             defaults->set("windowManagementEnabled", on);
+             notifications.post(AppNotifications::kWindowManagementEnabledChanged);
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        launch();
+        c.turn(false);
+        // Only quit is left.
+        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 1u);
+        EXPECT_FALSE(press(kLeftArrow, kControlOption));
+        EXPECT_EQ(editorFrame(), kStartFrame);
+        EXPECT_FALSE(delegate->statusMenu().item("snapRight")->isEnabled);
+        EXPECT_TRUE(log.contains("Window management shortcuts unregistered"));
 
-    defaults->set("windowManagementEnabled", true);
-    notifications.post(AppNotifications::kWindowManagementEnabledChanged);
-    EXPECT_TRUE(press(kLeftArrow, kControlOption));
-    EXPECT_EQ(editorFrame(), (Rect{0, 25, 720, 875}));
-    EXPECT_TRUE(delegate->statusMenu().item("snapRight")->isEnabled);
+        c.turn(true);
+        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 18u);
+        EXPECT_TRUE(press(kLeftArrow, kControlOption));
+        EXPECT_EQ(editorFrame(), (Rect{0, 25, 720, 875}));
+        EXPECT_TRUE(delegate->statusMenu().item("snapRight")->isEnabled);
+        delegate.reset();
+    }
+}
+
+TEST_F(AppDelegateTest, WithoutThePermissionNoActionKeyIsGrabbedAndTheRequestIsOffered) {
+    auto setup = desktopSetup();
+    setup.accessibilityTrusted = false;
+    launch(std::move(setup));
+    EXPECT_TRUE(
+        log.contains("Accessibility permission missing, skipping window management shortcuts"));
+    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 1u);
+    EXPECT_FALSE(delegate->isAccessibilityPermissionGranted());
+    EXPECT_FALSE(delegate->statusMenu().item("snapLeft")->isEnabled);
+    EXPECT_TRUE(delegate->perform("requestAccessibilityPermission"));
+    EXPECT_EQ(desktop->alerts().shownAlerts().size(), 1u);
 }
 
 TEST_F(AppDelegateTest, MenuCommandsAndRebuilds) {
@@ -195,16 +234,6 @@ TEST_F(AppDelegateTest, MenuCommandsAndRebuilds) {
     notifications.post(AppNotifications::kRefreshStatusMenu);
     EXPECT_FALSE(delegate->statusMenu().item("snapLeft"));
     EXPECT_TRUE(delegate->statusMenu().item("quit"));
-}
-
-TEST_F(AppDelegateTest, LosingThePermissionGreysTheActionsAndOffersTheRequest) {
-    launch();
-    desktop->setAccessibilityTrusted(false);
-    queue.advance(PermissionManager::kCheckIntervalWhenGranted);
-    EXPECT_FALSE(delegate->isAccessibilityPermissionGranted());
-    EXPECT_FALSE(delegate->statusMenu().item("snapLeft")->isEnabled);
-    EXPECT_TRUE(delegate->perform("requestAccessibilityPermission"));
-    EXPECT_EQ(desktop->alerts().shownAlerts().size(), 1u);
 }
 
 TEST_F(AppDelegateTest, TerminationReleasesHotKeysTimersAndObservers) {
