@@ -1,20 +1,23 @@
+// mas_shortcut_manager.h: The legacy shortcut store and manager, behind ShortcutManager.
 #pragma once
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "diagnostics/logger.h"
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
 #include "shortcuts/hot_key_center.h"
-#include "shortcuts/shortcut_manager.h"
+#include "shortcuts/shortcut.h"
 
 namespace corvetta {
 
 // The legacy store: one user-defaults entry per name under "Corvetta.Shortcuts.<name>", holding an
 // archive of the shortcut (data). Every write or removal posts "ShortcutManager.shortcutChanged"
 // with the name under "name". Registration goes through the hot-key layer.
-class MASShortcutManager final : public ShortcutManaging {
+class MASShortcutManager {
 public:
     static constexpr const char* kUserDefaultsPrefix = "Corvetta.Shortcuts.";
     static constexpr const char* kChangedNotification = "ShortcutManager.shortcutChanged";
@@ -27,15 +30,15 @@ public:
 
     // A registration keeps the combination it was made with; register again after a change.
     // A name with no stored and no default combination is not registered.
-    void registerShortcut(const std::string& name, std::function<void()> action) override;
-    void unregisterShortcut(const std::string& name) override;
+    void registerShortcut(const std::string& name, std::function<void()> action);
+    void unregisterShortcut(const std::string& name);
     // Damaged data is logged and reads as none.
-    std::optional<Shortcut> shortcut(const std::string& name) const override;
-    void setShortcut(const std::string& name, std::optional<Shortcut> shortcut) override;
-    void resetShortcutToDefault(const std::string& name) override;
+    std::optional<Shortcut> shortcut(const std::string& name) const;
+    void setShortcut(const std::string& name, std::optional<Shortcut> shortcut);
+    void resetShortcutToDefault(const std::string& name);
     // Every static name except the recorders' scratch names.
-    void resetAllShortcutsToDefaults() override;
-    void unregisterAllShortcuts() override;
+    void resetAllShortcutsToDefaults();
+    void unregisterAllShortcuts();
 
     const std::string& serviceName() const { return logger_.serviceName(); }
     // Only "leftHalf" and "rightHalf" have one.

@@ -1,37 +1,24 @@
+// shortcut_manager.h: The facade the program holds for the legacy shortcut manager.
 #pragma once
 
 #include <functional>
 #include <optional>
 #include <string>
 
-#include "shortcuts/shortcut.h"
+#include "shortcuts/mas_shortcut_manager.h"
 
 namespace corvetta {
 
-// The operations of a shortcut manager, addressed by shortcut name, in the legacy form.
-class ShortcutManaging {
-public:
-    virtual ~ShortcutManaging() = default;
-
-    // Registers the name's combination as a hot key that runs `action`.
-    virtual void registerShortcut(const std::string& name, std::function<void()> action) = 0;
-    virtual void unregisterShortcut(const std::string& name) = 0;
-    virtual std::optional<Shortcut> shortcut(const std::string& name) const = 0;
-    // None removes the name's combination.
-    virtual void setShortcut(const std::string& name, std::optional<Shortcut> shortcut) = 0;
-    virtual void resetShortcutToDefault(const std::string& name) = 0;
-    virtual void resetAllShortcutsToDefaults() = 0;
-    virtual void unregisterAllShortcuts() = 0;
-};
-
-// The facade the rest of the program holds; the implementation is always a MASShortcutManager,
-// kept behind the operations so the store behind it can change without touching callers.
+// The facade the rest of the program holds; its implementation is always the MASShortcutManager,
+// and callers go through here so the store behind it can change without touching them.
 class ShortcutManager {
 public:
-    explicit ShortcutManager(ShortcutManaging& implementation) : implementation_(implementation) {}
+    explicit ShortcutManager(MASShortcutManager& implementation)
+        : implementation_(implementation) {}
 
-    ShortcutManaging& implementation() const { return implementation_; }
+    MASShortcutManager& implementation() const { return implementation_; }
 
+    // Registers the name's combination as a hot key that runs `action`.
     void registerShortcut(const std::string& name, std::function<void()> action) {
         implementation_.registerShortcut(name, std::move(action));
     }
@@ -39,6 +26,7 @@ public:
     std::optional<Shortcut> shortcut(const std::string& name) const {
         return implementation_.shortcut(name);
     }
+    // None removes the name's combination.
     void setShortcut(const std::string& name, std::optional<Shortcut> shortcut) {
         implementation_.setShortcut(name, shortcut);
     }
@@ -49,7 +37,7 @@ public:
     void unregisterAllShortcuts() { implementation_.unregisterAllShortcuts(); }
 
 private:
-    ShortcutManaging& implementation_;
+    MASShortcutManager& implementation_;
 };
 
 }  // namespace corvetta
