@@ -58,7 +58,7 @@ void BM_WindowCalculation(benchmark::State& state) {
         scene.service =
             std::make_unique<WindowCalculationService>(*scene.detection, defaults, logging);
         for (int w = 0; w < 64; ++w) {
-            const Rect& v = scene.screens->screens().front().visibleFrame;
+            const Rect v = scene.screens->screens().front().visibleFrame;
             scene.windows.push_back(
                 {{v.minX() + unit(random) * v.width() / 2, v.minY() + unit(random) * v.height() / 2,
                   200 + unit(random) * v.width() / 2, 200 + unit(random) * v.height() / 2}});
