@@ -1,3 +1,4 @@
+// app_delegate.h: The process's root: owns the services and status menu, applies run-time changes.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// automation_bridge.h: Runs the automation socket for the delegate, keeping JSON out of its header.
 #pragma once
 
 #include <filesystem>

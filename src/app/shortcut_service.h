@@ -1,3 +1,4 @@
+// shortcut_service.h: Registers the global shortcuts and sends each press to its service.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// termination_signals.h: Turns SIGINT and SIGTERM into main-queue work for a clean exit.
 #pragma once
 
 #include <functional>

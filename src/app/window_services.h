@@ -1,3 +1,4 @@
+// window_services.h: The window-moving services in dependency order, for benchmarks and fuzzing.
 #pragma once
 
 #include "foundation/main_queue.h"

@@ -1,3 +1,4 @@
+// mcp_bridge_service.h: The automation socket server: local JSON requests, run on the main queue.
 #pragma once
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// method_menu_search.h: Finds an application's New Window menu item, for automation to press.
 #pragma once
 
 #include <optional>

@@ -1,3 +1,4 @@
+// socket_request.h: Parses the socket's request lines and writes its response lines.
 #pragma once
 
 // Included only by the automation sources: it brings in the JSON library.
