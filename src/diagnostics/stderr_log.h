@@ -1,3 +1,4 @@
+// stderr_log.h: Copies log entries to stderr from its own thread, so logging never blocks.
 #pragma once
 
 #include <condition_variable>

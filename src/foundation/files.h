@@ -1,3 +1,4 @@
+// files.h: Atomic writes and quarantine, so no crash or bad file loses saved data.
 #pragma once
 
 #include <filesystem>

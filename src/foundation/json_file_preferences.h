@@ -1,3 +1,4 @@
+// json_file_preferences.h: Keeps the user defaults on Linux in one JSON file, written atomically.
 #pragma once
 
 #include <filesystem>
