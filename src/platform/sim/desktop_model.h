@@ -1,3 +1,4 @@
+// desktop_model.h: The simulated desktop's world and rules, behind SimulatedDesktop's ports.
 #pragma once
 
 // The simulated desktop's world: displays, the Dock, running applications with their windows, the
