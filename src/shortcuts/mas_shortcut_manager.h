@@ -1,3 +1,4 @@
+// mas_shortcut_manager.h: The legacy shortcut store: archived combinations per name.
 #pragma once
 
 #include <map>

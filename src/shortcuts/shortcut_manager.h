@@ -1,3 +1,4 @@
+// shortcut_manager.h: Legacy shortcut operations behind a facade, so the store can change.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// shortcut_services.h: Builds the shortcut layers once, in dependency order, for the process.
 #pragma once
 
 #include "diagnostics/logging_service.h"

@@ -1,3 +1,4 @@
+// almost_maximize_calculation.h: Computes almost-maximize: centred, set fractions of the screen.
 #pragma once
 
 #include "foundation/preferences.h"

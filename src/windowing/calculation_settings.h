@@ -1,3 +1,4 @@
+// calculation_settings.h: The settings window calculations read, with defaults and ranges.
 #pragma once
 
 #include "foundation/preferences.h"

@@ -1,3 +1,4 @@
+// change_size_calculation.h: Computes larger and smaller: a fixed step about the centre.
 #pragma once
 
 #include "foundation/preferences.h"

@@ -1,3 +1,4 @@
+// layout_gap.h: Insets frames so windows sit apart inside a screen yet touch its edges.
 #pragma once
 
 #include "foundation/geometry.h"

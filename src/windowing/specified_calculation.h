@@ -1,3 +1,4 @@
+// specified_calculation.h: Computes the specified action's frame: centred at the size the user set.
 #pragma once
 
 #include "foundation/preferences.h"

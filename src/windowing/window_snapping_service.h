@@ -1,3 +1,4 @@
+// window_snapping_service.h: Moves the current window, telling a repeated press from a first.
 #pragma once
 
 #include <functional>
