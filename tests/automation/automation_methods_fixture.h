@@ -1,3 +1,4 @@
+// automation_methods_fixture.h: The socket methods on a simulated desktop, for their tests.
 #pragma once
 
 #include <chrono>

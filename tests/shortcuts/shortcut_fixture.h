@@ -1,3 +1,4 @@
+// shortcut_fixture.h: The shortcut layers over one defaults store, for their tests.
 #pragma once
 
 #include <memory>

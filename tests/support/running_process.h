@@ -1,3 +1,4 @@
+// running_process.h: A test's child program: output read with deadlines, reaped at the end.
 #pragma once
 
 // A child program of an end-to-end test: its output is read through pipes with a deadline, and it

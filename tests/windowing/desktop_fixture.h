@@ -1,3 +1,4 @@
+// desktop_fixture.h: The windowing services on a simulated two-display desktop.
 #pragma once
 
 #include <chrono>

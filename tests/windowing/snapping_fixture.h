@@ -1,3 +1,4 @@
+// snapping_fixture.h: The snapping service over real services on a simulated desktop.
 #pragma once
 
 #include <chrono>
