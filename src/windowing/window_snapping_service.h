@@ -11,6 +11,7 @@
 #include "foundation/expected.h"
 #include "foundation/preferences.h"
 #include "platform/applications.h"
+#include "windowing/calculation_settings.h"
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_direction.h"
 #include "windowing/window_mover.h"
@@ -33,7 +34,7 @@ using WillSnapHook = std::function<void(const AXElement& window)>;
 // of the last application other than this one that came to the front.
 class WindowSnappingService {
 public:
-    static constexpr const char* kLayoutSpacingKey = "layoutSpacing";
+    static constexpr const char* kLayoutSpacingKey = calculation_settings::kLayoutSpacing;
 
     WindowSnappingService(WindowMover& windowMover, ScreenDetectionService& screenDetection,
                           AccessibilityElement& accessibilityElement,
