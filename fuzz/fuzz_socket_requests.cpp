@@ -84,7 +84,8 @@ void checkAnswerLine(const std::string& line) {
 void answerLine(MethodsOnADesktop& rig, const std::string& line) {
     auto request = parseSocketRequest(line);
     if (!request) {
-        return;  // answered with a fixed line
+        checkAnswerLine(refusalResponseLine(request.error()));
+        return;
     }
     int replies = 0;
     std::optional<MethodOutcome> outcome;

@@ -1,4 +1,4 @@
-// app_delegate.h: The process's root object: launch, status menu, run-time notifications.
+// app_delegate.h: The process's root: holds the services and status menu, applies run-time changes.
 #pragma once
 
 #include <functional>

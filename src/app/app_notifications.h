@@ -1,3 +1,4 @@
+// app_notifications.h: Names the notifications and settings that change behaviour at run time.
 #pragma once
 
 namespace corvetta {

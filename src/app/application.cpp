@@ -22,6 +22,7 @@
 namespace corvetta {
 
 int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock) {
+    ignoreBrokenPipes();
     StderrLog platformLog;
     JsonFilePreferences preferences(paths.preferencesFile(), clock);
     NotificationCenter notifications;
@@ -41,6 +42,14 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
         } catch (...) {
             logger.error("Unhandled error in main-queue work");
         }
+    });
+
+    // Before the socket exists: a signal during start-up is served once the loop runs, so it
+    // too ends the program the clean way, removing the socket.
+    TerminationSignals signals(loop, [&](int signal) {
+        logger.info(std::string("Received ") + TerminationSignals::name(signal) +
+                    ", shutting down");
+        loop.stop();
     });
 
     std::unique_ptr<Desktop> desktop;
@@ -83,12 +92,6 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
                      options.socketPath.value_or(defaultAutomationSocketPath(paths)).c_str());
         return 1;
     }
-
-    TerminationSignals signals(loop, [&](int signal) {
-        logger.info(std::string("Received ") + (signal == SIGINT ? "SIGINT" : "SIGTERM") +
-                    ", shutting down");
-        loop.stop();
-    });
 
     loop.post(
         [&] { logger.info(versionText() + " ready (pid " + std::to_string(getpid()) + ")"); });

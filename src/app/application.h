@@ -1,3 +1,4 @@
+// application.h: Runs the program from start to exit: chosen desktop, services, main loop.
 #pragma once
 
 #include "app/command_line.h"

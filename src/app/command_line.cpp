@@ -96,7 +96,7 @@ std::string helpText() {
     return "Usage: corvetta [options]\n"
            "\n"
            "Corvetta moves and resizes windows from shortcuts, a command palette and a local\n"
-           "automation socket. It runs until it receives Ctrl-C (SIGINT) or SIGTERM.\n"
+           "automation socket. It runs until it receives Ctrl-C (SIGINT), SIGTERM or SIGHUP.\n"
            "\n"
            "Options:\n"
            "  --desktop=x11       Act on the X display DISPLAY names (the default when it is\n"

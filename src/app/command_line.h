@@ -1,3 +1,4 @@
+// command_line.h: Reads the arguments: which desktop to act on, where the socket listens.
 #pragma once
 
 #include <filesystem>

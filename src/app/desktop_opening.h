@@ -1,3 +1,4 @@
+// desktop_opening.h: Opens the desktop chosen at start, or an empty one, and describes it.
 #pragma once
 
 #include <memory>

@@ -1,3 +1,4 @@
+// permission_manager.h: Polls the accessibility permission, which no system event announces.
 #pragma once
 
 #include <chrono>

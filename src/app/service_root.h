@@ -1,5 +1,4 @@
-// service_root.h: Builds every long-lived service once, in dependency order, and keeps it for the
-// life of the process.
+// service_root.h: Builds every long-lived service once, in dependency order, for the process.
 #pragma once
 
 #include <filesystem>

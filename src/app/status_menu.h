@@ -1,3 +1,4 @@
+// status_menu.h: Builds the status-bar menu and maps its commands to window actions.
 #pragma once
 
 #include <functional>

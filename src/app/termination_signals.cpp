@@ -12,6 +12,8 @@
 namespace corvetta {
 
 namespace {
+constexpr int kHandledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 volatile std::sig_atomic_t signalPipe = -1;
 
 extern "C" void forwardSignal(int signal) {
@@ -46,17 +48,36 @@ TerminationSignals::TerminationSignals(MainQueue& queue, std::function<void(int)
     action.sa_handler = forwardSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int handled : kHandledSignals) {
+        sigaction(handled, &action, nullptr);
+    }
 }
 
 TerminationSignals::~TerminationSignals() {
-    signal(SIGINT, SIG_DFL);
-    signal(SIGTERM, SIG_DFL);
+    for (const int handled : kHandledSignals) {
+        signal(handled, SIG_DFL);
+    }
     watch_.reset();
     signalPipe = -1;
     close(readFd_);
     close(writeFd_);
+}
+
+const char* TerminationSignals::name(int signal) {
+    switch (signal) {
+        case SIGINT:
+            return "SIGINT";
+        case SIGTERM:
+            return "SIGTERM";
+        case SIGHUP:
+            return "SIGHUP";
+        default:
+            return "a signal";
+    }
+}
+
+void ignoreBrokenPipes() {
+    signal(SIGPIPE, SIG_IGN);
 }
 
 }  // namespace corvetta

@@ -1,3 +1,4 @@
+// automation_methods.h: What automation clients can do: methods on windows, apps, logs and status.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// bundle_identifier.h: Keeps development and release builds on separate default sockets.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// line_reader.h: Splits a socket's byte stream into lines, bounded so no client can exhaust memory.
 #pragma once
 
 #include <cstddef>

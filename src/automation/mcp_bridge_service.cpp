@@ -16,12 +16,15 @@
 #include "automation/pending_answer.h"
 #include "automation/socket_request.h"
 #include "automation/unix_socket.h"
+#include "diagnostics/log_excerpt.h"
 
 namespace corvetta {
 
 namespace {
 constexpr int kListenBacklog = 8;
 constexpr std::size_t kReadChunkBytes = 4096;
+constexpr const char* kEvictedMessage =
+    "Connection closed: it was the longest idle when another client needed room";
 // After the process ran out of descriptors, accepting again at once would only spin.
 constexpr std::chrono::milliseconds kAcceptBackOff{100};
 
@@ -31,12 +34,21 @@ std::string failedCall(const char* call, int number) {
 }  // namespace
 
 struct MCPBridgeService::Connection {
+    // Closed by the connection's thread under the service's mutex, so the accept thread may
+    // shut it down without racing a reuse of the number.
     UniqueFd fd;
     std::thread thread;
     // Set by the connection's thread as its last act, so the accept thread may join it.
     std::atomic<bool> finished{false};
-    // The answer the thread waits for, if any; guarded by the service's mutex.
+    // The rest is guarded by the service's mutex.
+    // The answer the thread waits for, if any.
     std::shared_ptr<PendingAnswer> waiting;
+    // When the client last sent bytes or was answered, on the service's activity count.
+    std::uint64_t lastActivity = 0;
+    // Between taking a request line and sending its answer.
+    bool busy = false;
+    // Closed to make room for a new client; no longer counted.
+    bool evicted = false;
 };
 
 MCPBridgeService::MCPBridgeService(std::filesystem::path socketPath, MethodDispatcher& dispatcher,
@@ -259,17 +271,56 @@ void MCPBridgeService::admit(int fd) {
     for (const auto& connection : finished) {
         connection->thread.join();
     }
-    if (connections_.size() >= options_.maxConnections) {
+    if (!makeRoomLocked()) {
         const auto limit = std::to_string(options_.maxConnections);
         log_.logger().warning("MCPBridgeService: refused a connection: " + limit +
-                              " connections are open already");
+                              " connections are busy with requests");
         sendWithoutWaiting(fd, errorResponseLine(kUnknownRequestId,
                                                  "Too many connections (at most " + limit + ")"));
         return;
     }
     auto& connection = *connections_.emplace_back(std::make_unique<Connection>());
     connection.fd = std::move(socket);
+    connection.lastActivity = ++activityCount_;
     connection.thread = std::thread([this, &connection] { serve(connection); });
+}
+
+bool MCPBridgeService::makeRoomLocked() {
+    std::size_t counted = 0;
+    Connection* longestIdle = nullptr;
+    for (const auto& connection : connections_) {
+        if (connection->evicted || connection->finished) {
+            continue;
+        }
+        ++counted;
+        if (!connection->busy &&
+            (longestIdle == nullptr || connection->lastActivity < longestIdle->lastActivity)) {
+            longestIdle = connection.get();
+        }
+    }
+    if (counted < options_.maxConnections) {
+        return true;
+    }
+    if (longestIdle == nullptr) {
+        return false;
+    }
+    // Its thread sees the end of the stream, answers what it already holds, says why and ends.
+    longestIdle->evicted = true;
+    if (longestIdle->fd.isValid()) {
+        ::shutdown(longestIdle->fd.get(), SHUT_RD);
+    }
+    log_.logger().info(
+        "MCPBridgeService: closing the longest idle connection to make room for "
+        "a new client");
+    return true;
+}
+
+void MCPBridgeService::noteActivity(Connection& connection, std::optional<bool> busy) {
+    std::lock_guard lock(mutex_);
+    connection.lastActivity = ++activityCount_;
+    if (busy) {
+        connection.busy = *busy;
+    }
 }
 
 void MCPBridgeService::serve(Connection& connection) {
@@ -280,10 +331,15 @@ void MCPBridgeService::serve(Connection& connection) {
         auto next = reader.next();
         switch (next.kind) {
             case LineReader::Next::Kind::line:
+                noteActivity(connection, true);
                 open = answer(connection, next.text);
+                noteActivity(connection, false);
                 break;
             case LineReader::Next::Kind::needMoreBytes:
                 open = receive(fd, reader);
+                if (open) {
+                    noteActivity(connection);
+                }
                 break;
             case LineReader::Next::Kind::lineTooLong: {
                 const auto limit = std::to_string(options_.maxLineBytes);
@@ -298,7 +354,13 @@ void MCPBridgeService::serve(Connection& connection) {
             }
         }
     }
-    connection.fd.reset();
+    {
+        std::lock_guard lock(mutex_);
+        if (connection.evicted) {
+            sendWithoutWaiting(fd, errorResponseLine(kUnknownRequestId, kEvictedMessage));
+        }
+        connection.fd.reset();
+    }
     log_.debug([] { return std::string("MCPBridgeService: client disconnected"); });
     connection.finished = true;
 }
@@ -320,11 +382,17 @@ bool MCPBridgeService::answer(Connection& connection, const std::string& line) {
     const int fd = connection.fd.get();
     auto request = parseSocketRequest(line);
     if (!request) {
-        log_.debug([] { return "MCPBridgeService: " + std::string(kInvalidRequestMessage); });
-        return sendAll(fd, invalidRequestResponseLine(), stopSignal_.get());
+        log_.debug([&] {
+            return "MCPBridgeService: " + request.error().message + " (id " +
+                   logExcerpt(request.error().id) + ")";
+        });
+        return sendAll(fd, refusalResponseLine(request.error()), stopSignal_.get());
     }
-    log_.debug(
-        [&] { return "MCPBridgeService: " + request->method + " (id " + request->id + ")"; });
+    // Clients choose these texts, up to a megabyte each: only an excerpt goes to the log book.
+    log_.debug([&] {
+        return "MCPBridgeService: " + logExcerpt(request->method) + " (id " +
+               logExcerpt(request->id) + ")";
+    });
 
     auto pending = std::make_shared<PendingAnswer>();
     {

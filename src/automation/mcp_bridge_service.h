@@ -1,7 +1,9 @@
+// mcp_bridge_service.h: The automation socket server: accepts clients and answers their requests.
 #pragma once
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <list>
 #include <memory>
@@ -25,7 +27,8 @@ class StopSignal;
 struct MCPBridgeOptions {
     // Connections from processes of any other user are refused.
     uid_t ownerUid = ::getuid();
-    // One more is answered with an error and closed.
+    // When this many are open, a new client takes the place of the one idle the longest (see
+    // docs/automation.md); only when every one is in the middle of a request is it refused.
     std::size_t maxConnections = 64;
     // A longer request line is answered with an error and its connection closed.
     std::size_t maxLineBytes = std::size_t{1} << 20;
@@ -79,7 +82,11 @@ private:
     bool receive(int fd, LineReader& reader);
     // False when the connection must end.
     bool answer(Connection& connection, const std::string& line);
-    void reapFinishedConnections();
+    // With the table full, closes the connection idle the longest; false when all are busy.
+    // Called with the mutex held.
+    bool makeRoomLocked();
+    // The client sent bytes or was answered; `busy` marks a request taken or answered.
+    void noteActivity(Connection& connection, std::optional<bool> busy = std::nullopt);
 
     const std::filesystem::path socketPath_;
     MethodDispatcher& dispatcher_;
@@ -100,6 +107,9 @@ private:
     std::mutex mutex_;
     bool stopping_ = false;
     std::list<std::unique_ptr<Connection>> connections_;
+    // Orders connections by their last activity; counts events, not time, so nothing waits on a
+    // clock and tests need none.
+    std::uint64_t activityCount_ = 0;
 };
 
 }  // namespace corvetta

@@ -1,3 +1,4 @@
+// mcp_error.h: The errors a socket method answers with, and the texts clients see for them.
 #pragma once
 
 #include <string>

@@ -1,3 +1,4 @@
+// method_ax_reading.h: Typed accessibility reads the socket methods share, a frame among them.
 #pragma once
 
 #include <string_view>

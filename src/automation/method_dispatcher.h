@@ -1,3 +1,4 @@
+// method_dispatcher.h: The seam between the socket server and its methods, and the reply contract.
 #pragma once
 
 // Included only by the automation sources: it brings in the JSON library.

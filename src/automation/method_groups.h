@@ -1,3 +1,4 @@
+// method_groups.h: Lets each group of socket methods fill its part of the method table.
 #pragma once
 
 // The methods by group; each adds its entries to the table. Private to the automation library.

@@ -1,3 +1,4 @@
+// method_menu_search.h: Finds the menu item that opens a new window, for the new-window methods.
 #pragma once
 
 #include <optional>

@@ -1,3 +1,4 @@
+// method_params.h: Reads request parameters, turning bad ones into the errors clients see.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// method_support.h: What the socket methods share: frames as JSON, application lookups.
 #pragma once
 
 #include <optional>

@@ -1,3 +1,4 @@
+// pending_answer.h: Hands a method's answer from the main thread to its connection's thread.
 #pragma once
 
 // Included only by the automation sources: it brings in the JSON library.

@@ -1,3 +1,4 @@
+// socket_client.h: A blocking automation-socket client for corvetta-ctl, tests and benchmarks.
 #pragma once
 
 #include <chrono>

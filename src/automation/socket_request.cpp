@@ -1,5 +1,7 @@
 #include "automation/socket_request.h"
 
+#include "automation/mcp_error.h"
+
 namespace corvetta {
 
 namespace {
@@ -10,21 +12,23 @@ std::string responseLine(const Json& response) {
 }
 }  // namespace
 
-std::optional<SocketRequest> parseSocketRequest(std::string_view line) {
+Expected<SocketRequest, SocketRequestRefusal> parseSocketRequest(std::string_view line) {
     auto parsed = parseJson(line);
     if (!parsed || !parsed->is_object()) {
-        return std::nullopt;
+        return unexpected(SocketRequestRefusal{});
     }
     Json& object = *parsed;
     const auto id = object.find("id");
     const auto method = object.find("method");
     if (id == object.end() || !id->is_string() || method == object.end() || !method->is_string()) {
-        return std::nullopt;
+        return unexpected(SocketRequestRefusal{});
     }
     SocketRequest request{id->get<std::string>(), method->get<std::string>()};
     if (const auto params = object.find("params"); params != object.end() && !params->is_null()) {
         if (!params->is_object()) {
-            return std::nullopt;
+            return unexpected(SocketRequestRefusal{
+                std::move(request.id),
+                MCPError::invalidParam("Invalid param params: expected an object").description()});
         }
         request.params = std::move(*params);
     }
@@ -49,9 +53,8 @@ std::string outcomeResponseLine(const std::string& id, const MethodOutcome& outc
     return outcome ? resultResponseLine(id, *outcome) : errorResponseLine(id, outcome.error());
 }
 
-const std::string& invalidRequestResponseLine() {
-    static const std::string line = errorResponseLine(kUnknownRequestId, kInvalidRequestMessage);
-    return line;
+std::string refusalResponseLine(const SocketRequestRefusal& refusal) {
+    return errorResponseLine(refusal.id, refusal.message);
 }
 
 }  // namespace corvetta

@@ -1,8 +1,8 @@
+// socket_request.h: Reads one request line of the automation socket and writes the answer lines.
 #pragma once
 
 // Included only by the automation sources: it brings in the JSON library.
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,19 +19,26 @@ struct SocketRequest {
     Json params = Json::object();
 };
 
-// Nothing when the line is not a JSON object with a string "id" and a string "method", or when
-// its "params" is present (and not null) but not an object.
-std::optional<SocketRequest> parseSocketRequest(std::string_view line);
-
 // The id answers carry when the request had none that could be read.
 inline constexpr const char* kUnknownRequestId = "unknown";
 inline constexpr const char* kInvalidRequestMessage = "Invalid JSON-RPC request";
+
+// Why a line is not a request, and the id to answer under.
+struct SocketRequestRefusal {
+    std::string id = kUnknownRequestId;
+    std::string message = kInvalidRequestMessage;
+};
+
+// A line that is not a JSON object with a string "id" and a string "method" (a raw NUL byte makes
+// it no JSON at all) is refused under "unknown"; one whose "params" is present (and not null) but
+// not an object, under its own id with the invalid-param text naming "params".
+Expected<SocketRequest, SocketRequestRefusal> parseSocketRequest(std::string_view line);
 
 // The response lines, each one compact JSON object ended by a line feed. Text that is not valid
 // UTF-8 (a window title, say) is replaced rather than allowed to fail the answer.
 std::string resultResponseLine(const std::string& id, const Json& result);
 std::string errorResponseLine(const std::string& id, const std::string& message);
 std::string outcomeResponseLine(const std::string& id, const MethodOutcome& outcome);
-const std::string& invalidRequestResponseLine();
+std::string refusalResponseLine(const SocketRequestRefusal& refusal);
 
 }  // namespace corvetta

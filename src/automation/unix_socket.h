@@ -1,3 +1,4 @@
+// unix_socket.h: Unix-domain socket plumbing the automation server and its clients share.
 #pragma once
 
 #include <chrono>

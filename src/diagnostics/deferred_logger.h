@@ -1,3 +1,4 @@
+// deferred_logger.h: Logs from hot paths, building a message only when it will be kept.
 #pragma once
 
 #include <string>

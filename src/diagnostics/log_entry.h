@@ -1,3 +1,4 @@
+// log_entry.h: One log entry, and the system log that every kept entry is copied to.
 #pragma once
 
 #include <string>

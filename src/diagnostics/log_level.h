@@ -1,3 +1,4 @@
+// log_level.h: The levels and categories every log line carries, and their stored forms.
 #pragma once
 
 #include <optional>

@@ -1,3 +1,4 @@
+// log_text.h: Renders log entries as text to copy, stamped for machines and for people.
 #pragma once
 
 #include <string>

@@ -1,3 +1,4 @@
+// logbook.h: Keeps recent log entries for the log window and automation, thread-safe.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// logger.h: The handle a service logs through, carrying its name and default category.
 #pragma once
 
 #include <string>

@@ -1,3 +1,4 @@
+// logging_manager.h: Switches logging through presets or singly, and names the preset in force.
 #pragma once
 
 #include <functional>

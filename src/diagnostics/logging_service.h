@@ -1,3 +1,4 @@
+// logging_service.h: The logging front: drops what the user's switches exclude.
 #pragma once
 
 #include <mutex>

@@ -1,3 +1,4 @@
+// base64.h: Base64, the form raw data takes inside JSON documents.
 #pragma once
 
 #include <cstdint>

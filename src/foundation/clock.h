@@ -1,3 +1,4 @@
+// clock.h: The wall and monotonic clocks all timing reads, real or moved by hand in tests.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// date.h: Dates as text: ISO 8601 to store, a medium form to show, file-name stamps.
 #pragma once
 
 #include <chrono>

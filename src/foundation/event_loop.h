@@ -1,3 +1,4 @@
+// event_loop.h: The real program's main queue: a poll loop over work, timers and descriptors.
 #pragma once
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// expected.h: A value or the error that prevented it, shaped like std::expected.
 #pragma once
 
 #include <cassert>

@@ -1,5 +1,7 @@
 #include "foundation/files.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -13,7 +15,30 @@ namespace corvetta {
 
 namespace {
 Unexpected<FileError> failure(const std::filesystem::path& path, const std::string& what) {
-    return unexpected(FileError{path, what + " (" + std::strerror(errno) + ")"});
+    const int number = errno;
+    return unexpected(FileError{path, what + " (" + std::strerror(number) + ")", number});
+}
+
+// mkstemp's six letters.
+constexpr std::string_view kTemporarySuffixPattern = "XXXXXX";
+
+// Hidden and in the same folder, so the rename stays within one file system.
+std::string temporaryNamePrefix(const std::filesystem::path& path) {
+    return "." + path.filename().string() + ".";
+}
+
+bool isTemporaryNameOf(const std::string& name, const std::string& prefix) {
+    if (name.size() != prefix.size() + kTemporarySuffixPattern.size() ||
+        !name.starts_with(prefix)) {
+        return false;
+    }
+    return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                       [](unsigned char c) { return std::isalnum(c) != 0; });
+}
+
+std::string megabytes(std::size_t bytes) {
+    return bytes % (std::size_t{1} << 20) == 0 ? std::to_string(bytes >> 20) + " MiB"
+                                               : std::to_string(bytes) + " bytes";
 }
 
 // Closes the descriptor and removes the temporary file unless the write went through.
@@ -54,6 +79,10 @@ std::string FileError::description() const {
     return reason + ": " + path.string();
 }
 
+bool FileError::isMissing() const {
+    return errorNumber == ENOENT;
+}
+
 Expected<void, FileError> createFolders(const std::filesystem::path& folder) {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
@@ -72,11 +101,8 @@ Expected<void, FileError> writeFileAtomically(const std::filesystem::path& path,
     if (auto made = createFolders(folder); !made) {
         return made;
     }
-    // Hidden and in the same folder, so the rename stays within one file system.
-    std::string hiddenName = ".";
-    hiddenName += path.filename().string();
-    hiddenName += ".XXXXXX";
-    TemporaryFile temporary((folder / hiddenName).string());
+    TemporaryFile temporary(
+        (folder / (temporaryNamePrefix(path) + std::string(kTemporarySuffixPattern))).string());
     if (temporary.fd() < 0) {
         return failure(path, "Could not create a temporary file");
     }
@@ -115,7 +141,7 @@ Expected<void, FileError> writeFileAtomically(const std::filesystem::path& path,
     return {};
 }
 
-Expected<std::string, FileError> readFile(const std::filesystem::path& path) {
+Expected<std::string, FileError> readFile(const std::filesystem::path& path, std::size_t limit) {
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         return failure(path, "Could not open");
@@ -144,10 +170,33 @@ Expected<std::string, FileError> readFile(const std::filesystem::path& path) {
             close(fd);
             return error;
         }
+        if (contents.size() + static_cast<std::size_t>(n) > limit) {
+            close(fd);
+            return unexpected(
+                FileError{path, "Refused to read a file larger than " + megabytes(limit)});
+        }
         contents.append(buffer, static_cast<std::size_t>(n));
     }
     close(fd);
     return contents;
+}
+
+std::vector<std::filesystem::path> removeAbandonedTemporaryFiles(
+    const std::filesystem::path& path) {
+    std::vector<std::filesystem::path> removed;
+    const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+    const std::string prefix = temporaryNamePrefix(path);
+    std::error_code error;
+    for (std::filesystem::directory_iterator it(folder, error), end; !error && it != end;
+         it.increment(error)) {
+        const auto& candidate = it->path();
+        if (isTemporaryNameOf(candidate.filename().string(), prefix) &&
+            it->symlink_status(error).type() == std::filesystem::file_type::regular &&
+            std::filesystem::remove(candidate, error)) {
+            removed.push_back(candidate);
+        }
+    }
+    return removed;
 }
 
 std::filesystem::path quarantinePath(const std::filesystem::path& folder, std::string_view stem,

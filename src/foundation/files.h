@@ -1,8 +1,11 @@
+// files.h: Atomic writes, bounded reads and quarantine files for the program's own files.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "foundation/date.h"
 #include "foundation/expected.h"
@@ -12,6 +15,10 @@ namespace corvetta {
 struct FileError {
     std::filesystem::path path;
     std::string reason;
+    // The errno behind it; 0 when the refusal is our own (a file over the size limit).
+    int errorNumber = 0;
+
+    bool isMissing() const;
 
     // "<reason>: <path>", the form log lines use.
     std::string description() const;
@@ -26,7 +33,18 @@ Expected<void, FileError> writeFileAtomically(const std::filesystem::path& path,
 // Creates the folder and any missing parents; an existing folder is fine.
 Expected<void, FileError> createFolders(const std::filesystem::path& folder);
 
-Expected<std::string, FileError> readFile(const std::filesystem::path& path);
+// The most any file read whole may hold. Our own files stay far below it; a link to /dev/zero or a
+// runaway file must not grow the memory without end.
+inline constexpr std::size_t kMaxReadFileBytes = std::size_t{16} << 20;
+
+// The whole file; a file larger than `limit` is refused, whatever its size claims to be.
+Expected<std::string, FileError> readFile(const std::filesystem::path& path,
+                                          std::size_t limit = kMaxReadFileBytes);
+
+// Removes what writes to `path` left when the process was killed half-way: the hidden temporary
+// files named after it in its folder (".<name>.XXXXXX", regular files only). Returns the removed
+// paths. Meant for the start, before this process writes the file itself.
+std::vector<std::filesystem::path> removeAbandonedTemporaryFiles(const std::filesystem::path& path);
 
 // A name for keeping damaged data aside: "<stem>-quarantine-<timestamp>.json" in `folder`, with
 // ":" in the ISO timestamp replaced by "-", and "-2", "-3", ... added if that name is taken.

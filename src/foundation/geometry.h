@@ -1,3 +1,4 @@
+// geometry.h: Points, sizes and CoreGraphics-style rectangles for window calculations.
 #pragma once
 
 #include <iosfwd>

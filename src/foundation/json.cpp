@@ -116,6 +116,12 @@ std::string writeJson(const Json& value, JsonStyle style) {
 }
 
 Expected<Json, JsonParseError> parseJson(std::string_view text) {
+    // JSON never holds a raw NUL, and the parser would take one for the end of the text, quietly
+    // dropping everything after it.
+    if (const auto nul = text.find('\0'); nul != std::string_view::npos) {
+        return unexpected(
+            JsonParseError{"Invalid JSON at byte " + std::to_string(nul + 1) + ": a NUL byte"});
+    }
     try {
         return Json::parse(text);
     } catch (const nlohmann::json::parse_error& e) {

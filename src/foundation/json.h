@@ -1,3 +1,4 @@
+// json.h: JSON reading and writing for records, with decode errors that name the damaged key.
 #pragma once
 
 // JSON reading and writing over nlohmann-json. This header is heavy: include it only from the

@@ -1,6 +1,8 @@
 #include "foundation/json_file_preferences.h"
 
-#include <system_error>
+#include <cerrno>
+
+#include <sys/stat.h>
 
 #include "foundation/files.h"
 #include "foundation/json.h"
@@ -14,15 +16,23 @@ JsonFilePreferences::JsonFilePreferences(std::filesystem::path file, const Clock
 }
 
 void JsonFilePreferences::load(const Clock& clock) {
-    std::error_code error;
-    if (!std::filesystem::exists(file_, error)) {
-        return;
+    const auto leftovers = removeAbandonedTemporaryFiles(file_);
+    if (!leftovers.empty()) {
+        loadWarnings_.push_back("Removed " + std::to_string(leftovers.size()) +
+                                " temporary file(s) an interrupted save left beside " +
+                                file_.string());
     }
     auto contents = readFile(file_);
+    if (!contents && contents.error().isMissing()) {
+        return;
+    }
     if (!contents) {
-        // Unreadable is not damaged: the file stays where it is.
-        loadWarnings_.push_back("Could not read preferences (" + contents.error().description() +
-                                "); starting on defaults");
+        // Unreadable is not damaged: the file stays where it is, and since the settings in it
+        // are unknown, nothing may be written over it.
+        unreadableFile_ = true;
+        loadWarnings_.push_back(
+            "Could not read preferences (" + contents.error().description() +
+            "); starting on defaults, and changes stay in memory so the file is not overwritten");
         return;
     }
     auto parsed = parseJson(*contents);
@@ -62,6 +72,17 @@ void JsonFilePreferences::changed(const PropertyValue::Dictionary&) {
 }
 
 bool JsonFilePreferences::writeLocked() {
+    if (unreadableFile_) {
+        // Once the unreadable file is gone, a new one loses nothing.
+        struct stat info {};
+        if (lstat(file_.c_str(), &info) == 0 || errno != ENOENT) {
+            lastWriteError_ = "Not saved: " + file_.string() +
+                              " could not be read at start, and saving would replace the "
+                              "settings in it";
+            return false;
+        }
+        unreadableFile_ = false;
+    }
     Json document = Json::object();
     // Both maps are sorted; merge them so the file stays sorted by key.
     std::map<std::string, Json> members;

@@ -1,3 +1,4 @@
+// main_queue.h: The main queue all product logic and timers run on, and its work handles.
 #pragma once
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// manual_queue.h: The main queue of unit tests, whose clock moves only when the test advances it.
 #pragma once
 
 #include <condition_variable>

@@ -1,3 +1,4 @@
+// notification_center.h: Named notifications, so services react to changes from anywhere.
 #pragma once
 
 #include <cstdint>

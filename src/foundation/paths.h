@@ -1,3 +1,4 @@
+// paths.h: Where the program keeps its files, following HOME and the XDG variables.
 #pragma once
 
 #include <filesystem>

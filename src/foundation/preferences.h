@@ -1,3 +1,4 @@
+// preferences.h: The user defaults: typed, thread-safe settings that tell absent from zero.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// property_value.h: The values user defaults and notifications hold, with lenient reads.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// property_value_json.h: Converts stored values to and from JSON for the preferences file.
 #pragma once
 
 // Converts between stored values and JSON. Data values are kept as {"$data": "<base64>"}; every

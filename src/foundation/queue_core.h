@@ -1,3 +1,4 @@
+// queue_core.h: The bookkeeping both main queues share: posted work, timers and descriptor watches.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// registration.h: A handle that undoes a registration (observer, watch) when dropped.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// uuid.h: Random identifiers for stored records, in their canonical upper-case text form.
 #pragma once
 
 #include <array>

@@ -1,3 +1,4 @@
+// accessibility.h: The accessibility port: reading and moving other applications' windows.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// accessibility_menus.h: How an application's menus appear through the accessibility port.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// alerts.h: The alerts port: questions put to the user, and the way to the accessibility settings.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// applications.h: The applications port: running applications, the front one, launching.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// desktop.h: One backend's ports: all the product's logic needs of the system.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// hot_keys.h: The hot-key port for system-wide shortcuts, with Carbon modifier masks.
 #pragma once
 
 #include <array>

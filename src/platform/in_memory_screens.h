@@ -1,3 +1,4 @@
+// in_memory_screens.h: Displays held in memory that announce each change, for the simulation.
 #pragma once
 
 #include <memory>

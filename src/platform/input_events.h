@@ -1,3 +1,4 @@
+// input_events.h: The event monitor port: mouse and key events, other applications' too.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// pointer.h: The pointer port: where the mouse is, in screen space.
 #pragma once
 
 #include "foundation/geometry.h"

@@ -1,3 +1,4 @@
+// screen.h: The displays port: each display's frames in screen space, and notice of rearrangements.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// window_list.h: The window list port: on-screen windows front to back, as the server lists them.
 #pragma once
 
 #include <cstdint>

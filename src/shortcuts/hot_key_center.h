@@ -1,3 +1,4 @@
+// hot_key_center.h: Registers system hot keys and routes their presses to handlers.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// hot_key_store.h: The live store of shortcut combinations, announcing each change.
 #pragma once
 
 #include <optional>

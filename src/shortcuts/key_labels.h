@@ -1,3 +1,4 @@
+// key_labels.h: Labels key combinations as menus show them (⌃⌥←), on every desktop.
 #pragma once
 
 #include <cstdint>

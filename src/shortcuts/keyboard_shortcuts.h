@@ -1,3 +1,4 @@
+// keyboard_shortcuts.h: Binds handlers to shortcut names, following stored combinations.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// keyboard_shortcuts_bridge.h: Shortcuts by name for the program, keeping both stores in step.
 #pragma once
 
 #include <functional>

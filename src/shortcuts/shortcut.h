@@ -1,3 +1,4 @@
+// shortcut.h: A key combination as event flags or as Carbon masks, and conversions.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// shortcut_json.h: Encodes shortcuts as JSON and as the legacy store's archive.
 #pragma once
 
 // Heavy (JSON): include only from files that encode or decode shortcuts.

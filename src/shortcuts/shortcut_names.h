@@ -1,3 +1,4 @@
+// shortcut_names.h: The one table of static shortcut names, their roles and defaults.
 #pragma once
 
 #include <array>

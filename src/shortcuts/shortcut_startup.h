@@ -1,3 +1,4 @@
+// shortcut_startup.h: Start-up work on stored shortcuts: defaults and one-time migrations.
 #pragma once
 
 #include <map>

@@ -1,3 +1,4 @@
+// accessibility_element.h: Reads and sets other applications' window frames, in screen space.
 #pragma once
 
 #include <optional>

@@ -1,3 +1,4 @@
+// accessibility_error.h: Why an accessibility operation on a window failed, as logged.
 #pragma once
 
 #include <string>

@@ -1,3 +1,4 @@
+// action_titles.h: The window actions' titles for menus and settings, in groups.
 #pragma once
 
 #include <array>

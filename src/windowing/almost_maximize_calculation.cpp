@@ -6,11 +6,10 @@ namespace corvetta {
 
 namespace settings = calculation_settings;
 
-AlmostMaximizeCalculation::AlmostMaximizeCalculation(const Preferences& defaults)
-    : almostMaximizeHeight_(settings::fraction(defaults, settings::kAlmostMaximizeHeight,
-                                               settings::kDefaultAlmostMaximizeFraction)),
-      almostMaximizeWidth_(settings::fraction(defaults, settings::kAlmostMaximizeWidth,
-                                              settings::kDefaultAlmostMaximizeFraction)) {}
+AlmostMaximizeCalculation::AlmostMaximizeCalculation(const Preferences& defaults,
+                                                     const Logger* logger)
+    : almostMaximizeHeight_(settings::read(defaults, settings::kAlmostMaximizeHeight, logger)),
+      almostMaximizeWidth_(settings::read(defaults, settings::kAlmostMaximizeWidth, logger)) {}
 
 RectResult AlmostMaximizeCalculation::calculateRect(
     const RectCalculationParameters& parameters) const {

@@ -1,3 +1,4 @@
+// almost_maximize_calculation.h: Centres the window over fractions of the visible frame.
 #pragma once
 
 #include "foundation/preferences.h"
@@ -5,10 +6,13 @@
 
 namespace corvetta {
 
-// Centred, covering fractions of the visible frame. The fractions are read once, when built.
+class Logger;
+
+// Centred, covering fractions of the visible frame. The fractions are read once, when built;
+// out-of-range ones are logged through `logger`.
 class AlmostMaximizeCalculation : public WindowCalculation {
 public:
-    explicit AlmostMaximizeCalculation(const Preferences& defaults);
+    explicit AlmostMaximizeCalculation(const Preferences& defaults, const Logger* logger = nullptr);
 
     RectResult calculateRect(const RectCalculationParameters& parameters) const override;
 

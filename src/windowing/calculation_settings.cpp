@@ -1,19 +1,63 @@
 #include "windowing/calculation_settings.h"
 
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "diagnostics/logger.h"
+
 namespace corvetta::calculation_settings {
 
-double fraction(const Preferences& defaults, const char* key, double fallback) {
-    const auto value = defaults.floatValue(key);
-    return value && *value > 0 && *value <= 1 ? *value : fallback;
+namespace {
+
+const NumericSetting& settingFor(const char* key) {
+    for (const auto& setting : kNumericSettings) {
+        if (std::string_view(setting.key) == key) {
+            return setting;
+        }
+    }
+    throw std::logic_error(std::string("not a numeric calculation setting: ") + key);
 }
 
-double positive(const Preferences& defaults, const char* key, double fallback) {
-    const auto value = defaults.floatValue(key);
-    return value && *value > 0 ? *value : fallback;
+bool inRange(const NumericSetting& setting, double value) {
+    if (!std::isfinite(value) || value > setting.max) {
+        return false;
+    }
+    switch (setting.range) {
+        case Range::fraction:
+        case Range::positive:
+            return value > 0;
+        case Range::size:
+            return value >= 0;
+        case Range::spacing:
+            return true;
+    }
+    return false;
 }
 
-double unchecked(const Preferences& defaults, const char* key) {
-    return defaults.floatValue(key).value_or(0);
+std::string numberText(double value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
+}  // namespace
+
+double read(const Preferences& defaults, const char* key, const Logger* logger) {
+    const NumericSetting& setting = settingFor(key);
+    const auto value = setting.narrowed ? defaults.floatValue(key) : defaults.doubleValue(key);
+    if (!value) {
+        return setting.fallback;
+    }
+    if (inRange(setting, *value)) {
+        return *value;
+    }
+    if (logger != nullptr) {
+        logger->warning("Setting \"" + std::string(key) + "\" is out of range (" +
+                        numberText(*value) + "); using " + numberText(setting.fallback));
+    }
+    return setting.fallback;
 }
 
 SubsequentExecutionMode subsequentExecutionMode(const Preferences& defaults) {

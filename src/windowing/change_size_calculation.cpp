@@ -8,12 +8,11 @@ namespace corvetta {
 
 namespace settings = calculation_settings;
 
-ChangeSizeCalculation::ChangeSizeCalculation(const Preferences& defaults)
+ChangeSizeCalculation::ChangeSizeCalculation(const Preferences& defaults, const Logger* logger)
     : defaults_(defaults),
-      screenEdgeGapSize_(
-          settings::positive(defaults, settings::kGapSize, settings::kDefaultGapSize)),
-      sizeOffsetAbs_(
-          settings::positive(defaults, settings::kSizeOffset, settings::kDefaultSizeOffset)),
+      logger_(logger),
+      screenEdgeGapSize_(settings::read(defaults, settings::kGapSize, logger)),
+      sizeOffsetAbs_(settings::read(defaults, settings::kSizeOffset, logger)),
       curtainChangeSize_(defaults.boolValue(settings::kCurtainChangeSize).value_or(false)) {}
 
 RectResult ChangeSizeCalculation::calculateRect(const RectCalculationParameters& parameters) const {
@@ -50,11 +49,9 @@ RectResult ChangeSizeCalculation::calculateRect(const RectCalculationParameters&
     // The height is checked for the width-only actions too, so a window already at or below the
     // minimum height cannot be widened either.
     const double minimumWidth =
-        floorValue(v.width() * settings::fraction(defaults_, settings::kMinimumWindowWidth,
-                                                  settings::kDefaultMinimumWindowFraction));
+        floorValue(v.width() * settings::read(defaults_, settings::kMinimumWindowWidth, logger_));
     const double minimumHeight =
-        floorValue(v.height() * settings::fraction(defaults_, settings::kMinimumWindowHeight,
-                                                   settings::kDefaultMinimumWindowFraction));
+        floorValue(v.height() * settings::read(defaults_, settings::kMinimumWindowHeight, logger_));
     if (resized.size.width <= minimumWidth || resized.size.height <= minimumHeight) {
         return {f, std::nullopt};
     }

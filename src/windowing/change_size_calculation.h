@@ -1,3 +1,4 @@
+// change_size_calculation.h: Grows or shrinks the window by a fixed offset around its centre.
 #pragma once
 
 #include "foundation/preferences.h"
@@ -5,11 +6,14 @@
 
 namespace corvetta {
 
+class Logger;
+
 // Grows or shrinks the window by a fixed offset around its centre. The offset, the edge gap and
 // the curtain switch are read once, when built; the minimum size on every call.
+// Out-of-range settings are logged through `logger`, which must outlive the calculation.
 class ChangeSizeCalculation : public WindowCalculation {
 public:
-    explicit ChangeSizeCalculation(const Preferences& defaults);
+    explicit ChangeSizeCalculation(const Preferences& defaults, const Logger* logger = nullptr);
 
     RectResult calculateRect(const RectCalculationParameters& parameters) const override;
 
@@ -19,6 +23,7 @@ public:
 
 private:
     const Preferences& defaults_;
+    const Logger* logger_;
     double screenEdgeGapSize_;
     double sizeOffsetAbs_;
     bool curtainChangeSize_;

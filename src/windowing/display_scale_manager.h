@@ -1,3 +1,4 @@
+// display_scale_manager.h: Keeps a calculated frame inside its display and on whole points.
 #pragma once
 
 #include "diagnostics/deferred_logger.h"

@@ -1,3 +1,4 @@
+// event_monitor.h: Hears input events for this and other applications in one handler.
 #pragma once
 
 #include "diagnostics/deferred_logger.h"

@@ -1,3 +1,4 @@
+// half_calculation.h: Computes the halves, whose repeated press may change display or size.
 #pragma once
 
 #include <string>

@@ -21,10 +21,17 @@ Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacin
         return frame;
     }
     const double half = spacing / 2;
-    const double left = insetUnlessOnEdge(frame.minX(), visibleFrame.minX(), half);
-    const double right = insetUnlessOnEdge(frame.maxX(), visibleFrame.maxX(), half);
-    const double bottom = insetUnlessOnEdge(frame.minY(), visibleFrame.minY(), half);
-    const double top = insetUnlessOnEdge(frame.maxY(), visibleFrame.maxY(), half);
+    double left = insetUnlessOnEdge(frame.minX(), visibleFrame.minX(), half);
+    double right = insetUnlessOnEdge(frame.maxX(), visibleFrame.maxX(), half);
+    double bottom = insetUnlessOnEdge(frame.minY(), visibleFrame.minY(), half);
+    double top = insetUnlessOnEdge(frame.maxY(), visibleFrame.maxY(), half);
+    // A gap wider than the window would turn it inside out: that direction keeps its size.
+    if (!(left + right < frame.size.width)) {
+        left = right = 0;
+    }
+    if (!(bottom + top < frame.size.height)) {
+        bottom = top = 0;
+    }
     return Rect(frame.origin.x + left, frame.origin.y + bottom, frame.size.width - left - right,
                 frame.size.height - bottom - top);
 }

@@ -1,3 +1,4 @@
+// layout_gap.h: Insets a snapped frame by half the layout spacing away from the screen edges.
 #pragma once
 
 #include "foundation/geometry.h"
@@ -7,7 +8,7 @@ namespace corvetta {
 // Moves every edge of the frame that does not lie on (within 2 points of) the same edge of the
 // visible frame inward by half the spacing, so two windows meeting inside the screen end up
 // `spacing` apart while windows keep touching the screen's edges. Spacing 0 or less changes
-// nothing.
+// nothing, and neither does a spacing that would leave no width (or height) on that axis.
 Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacing);
 
 }  // namespace corvetta

@@ -1,3 +1,4 @@
+// screen_detection_service.h: Orders the displays and finds the one that holds a window.
 #pragma once
 
 #include <optional>

@@ -8,9 +8,9 @@ namespace corvetta {
 
 namespace settings = calculation_settings;
 
-SpecifiedCalculation::SpecifiedCalculation(const Preferences& defaults)
-    : specifiedHeight_(settings::unchecked(defaults, settings::kSpecifiedHeight)),
-      specifiedWidth_(settings::unchecked(defaults, settings::kSpecifiedWidth)) {}
+SpecifiedCalculation::SpecifiedCalculation(const Preferences& defaults, const Logger* logger)
+    : specifiedHeight_(settings::read(defaults, settings::kSpecifiedHeight, logger)),
+      specifiedWidth_(settings::read(defaults, settings::kSpecifiedWidth, logger)) {}
 
 RectResult SpecifiedCalculation::calculateRect(const RectCalculationParameters& parameters) const {
     const Rect& v = parameters.visibleFrameOfScreen;

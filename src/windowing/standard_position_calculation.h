@@ -1,3 +1,4 @@
+// standard_position_calculation.h: Computes fixed fractions of the screen, center and custom.
 #pragma once
 
 #include "windowing/window_calculation.h"

@@ -1,3 +1,4 @@
+// usable_screens.h: Finds the display after or before the current one, for moves across displays.
 #pragma once
 
 #include <span>

@@ -1,3 +1,4 @@
+// window_action.h: One action on the current window: a placement or a move to another display.
 #pragma once
 
 #include <optional>

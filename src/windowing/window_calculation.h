@@ -1,3 +1,4 @@
+// window_calculation.h: The interface of every frame calculator, its inputs and results.
 #pragma once
 
 #include <optional>

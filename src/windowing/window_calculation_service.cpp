@@ -8,9 +8,9 @@ WindowCalculationService::WindowCalculationService(ScreenDetectionService& scree
     : screenDetection_(screenDetection),
       logger_(logging, "WindowCalculationService", LogCategory::windowCalculation()),
       displayScaleManager_(logging),
-      almostMaximizeCalculation_(defaults),
-      changeSizeCalculation_(defaults),
-      specifiedCalculation_(defaults),
+      almostMaximizeCalculation_(defaults, &logger_.logger()),
+      changeSizeCalculation_(defaults, &logger_.logger()),
+      specifiedCalculation_(defaults, &logger_.logger()),
       leftRightHalfCalculation_(defaults, logging),
       topBottomHalfCalculation_(defaults, logging) {}
 

@@ -1,3 +1,4 @@
+// window_calculation_service.h: Picks an action's calculator and clamps its frame to the display.
 #pragma once
 
 #include "foundation/preferences.h"

@@ -1,3 +1,4 @@
+// window_direction.h: The placements a window can be given, named as records store them.
 #pragma once
 
 #include <array>

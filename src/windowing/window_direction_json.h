@@ -1,3 +1,4 @@
+// window_direction_json.h: Placements and snap positions as JSON, damaged records refused.
 #pragma once
 
 #include <string>

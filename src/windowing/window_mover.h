@@ -1,3 +1,4 @@
+// window_mover.h: Moves a window to a frame, verifies it and retries.
 #pragma once
 
 #include <functional>

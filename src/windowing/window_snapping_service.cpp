@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "windowing/calculation_settings.h"
 #include "windowing/layout_gap.h"
 #include "windowing/usable_screens.h"
 
@@ -273,7 +274,8 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
     }
     // Read on every snap, so a change in the settings applies to the next key press. The gap is
     // taken on the display the calculation chose: a repeated half press may have moved on.
-    const double spacing = defaults_.doubleValue(kLayoutSpacingKey).value_or(0);
+    const double spacing = calculation_settings::read(
+        defaults_, calculation_settings::kLayoutSpacing, &logger_.logger());
     const Screen& screen = calculated->screen;
     const Rect target = insetByLayoutGap(calculated->rect, screen.visibleFrame, spacing);
     // The size the window really gets, which a cycle may have advanced past the pressed action.

@@ -1,3 +1,4 @@
+// window_snapping_service.h: Moves the current window, telling a repeated press from a first.
 #pragma once
 
 #include <functional>
@@ -10,6 +11,7 @@
 #include "foundation/expected.h"
 #include "foundation/preferences.h"
 #include "platform/applications.h"
+#include "windowing/calculation_settings.h"
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_direction.h"
 #include "windowing/window_mover.h"
@@ -32,7 +34,7 @@ using WillSnapHook = std::function<void(const AXElement& window)>;
 // of the last application other than this one that came to the front.
 class WindowSnappingService {
 public:
-    static constexpr const char* kLayoutSpacingKey = "layoutSpacing";
+    static constexpr const char* kLayoutSpacingKey = calculation_settings::kLayoutSpacing;
 
     WindowSnappingService(WindowMover& windowMover, ScreenDetectionService& screenDetection,
                           AccessibilityElement& accessibilityElement,

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "app/command_line.h"
+#include "automation/socket_client.h"
 #include "support/child_process.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
@@ -63,17 +64,47 @@ TEST(Process, OptionsPrintTheirTextAndExit) {
     }
 }
 
-TEST(Process, StopsCleanlyOnTerminationSignals) {
-    for (const auto& [number, name] :
-         {std::pair{SIGTERM, "SIGTERM"}, std::pair{SIGINT, "SIGINT"}}) {
-        SCOPED_TRACE(name);
-        testing::TemporaryFolder root;
-        RunningProcess child = start(root, {});
-        ASSERT_TRUE(child.waitForError(versionText() + " ready")) << child.errors();
-        child.signal(number);
-        EXPECT_EQ(child.waitForExit(), 0) << child.errors();
-        EXPECT_THAT(child.errors(), HasSubstr(std::string("Received ") + name));
-        EXPECT_THAT(child.errors(), HasSubstr("Stopped cleanly"));
+// Sends requests that each leave a log line, far more than a pipe of standard error holds.
+void makeTheProgramLog(const std::filesystem::path& socket) {
+    auto client = SocketClient::connect(socket);
+    ASSERT_TRUE(client);
+    for (int i = 0; i < 200; ++i) {
+        client->send(R"({"id":"x","method":"get_status"})"
+                     "\n");
+        ASSERT_TRUE(client->readLine(RunningProcess::kDeadline)) << i;
+    }
+}
+
+// However standard error fares (read, never read again, closed), every way of asking the program
+// to end ends it cleanly, its socket removed; a closed standard error alone does not end it.
+TEST(Process, StopsCleanlyOnEverySignalToEndWhateverStandardErrorDoes) {
+    enum class Errors { read, blocked, closed };
+    const std::pair<int, const char*> signals[] = {
+        {SIGTERM, "SIGTERM"}, {SIGINT, "SIGINT"}, {SIGHUP, "SIGHUP"}};
+    for (const auto errors : {Errors::read, Errors::blocked, Errors::closed}) {
+        for (const auto& [number, name] : signals) {
+            if (errors == Errors::closed && number != SIGTERM) {
+                continue;
+            }
+            SCOPED_TRACE(name + std::string(errors == Errors::read      ? ", errors read"
+                                            : errors == Errors::blocked ? ", errors blocked"
+                                                                        : ", errors closed"));
+            testing::TemporaryFolder root;
+            const auto socket = root / "corvetta.sock";
+            RunningProcess child = start(root, {"--socket", socket.string()});
+            ASSERT_TRUE(child.waitForError(versionText() + " ready")) << child.errors();
+            if (errors != Errors::read) {
+                child.stopReadingErrors(errors == Errors::closed);
+                makeTheProgramLog(socket);
+            }
+            child.signal(number);
+            EXPECT_EQ(child.waitForExit(), 0) << child.errors();
+            EXPECT_FALSE(std::filesystem::exists(socket));
+            if (errors == Errors::read) {
+                EXPECT_THAT(child.errors(), HasSubstr(std::string("Received ") + name));
+                EXPECT_THAT(child.errors(), HasSubstr("Stopped cleanly"));
+            }
+        }
     }
 }
 
@@ -122,9 +153,11 @@ TEST(Process, RunsOnASimulatedDesktopAndRefusesABadDesktopFile) {
     }
 
     testing::writeTestFile(root / "bad.json", R"({"displays": [{"id": 1, "frame": [0, 0]}]})");
+    std::filesystem::create_symlink("/dev/zero", root / "endless.json");
     const std::pair<std::string, std::string> refused[] = {
         {"bad.json", "bad.json: displays[0].frame: "},
         {"missing.json", "missing.json: cannot read "},
+        {"endless.json", "endless.json: Refused to read a file larger than 16 MiB"},
     };
     for (const auto& [file, message] : refused) {
         const auto refusal = run(root, {"--desktop=sim:" + (root / file).string()});

@@ -1,5 +1,4 @@
-// automation_methods_fixture.h: The socket's methods of the program's services on a simulated
-// desktop.
+// automation_methods_fixture.h: The socket methods of the program's services, for their tests.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// bridge_fixture.h: A socket server on a live loop with scripted methods, for its tests.
 #pragma once
 
 #include <chrono>

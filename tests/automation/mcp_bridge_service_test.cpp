@@ -63,8 +63,12 @@ TEST_F(BridgeTest, AnswersEveryLineInOrderInEachForm) {
           "\n",
           R"({"id":5,"method":"echo"})"
           "\n",
-          request("c", "echo", "[]") + "\n", "\n"},
+          "\n", request("n", "echo") + std::string(1, '\0') + "and more\n"},
          {invalid, invalid, invalid, invalid, invalid, invalid}},
+        {"params that are not an object, under the request's own id",
+         {request("c", "echo", "[]") + "\n" + request("e", "echo", R"("text")") + "\n"},
+         {R"({"id":"c","error":{"message":"Invalid param params: expected an object"}})",
+          R"({"id":"e","error":{"message":"Invalid param params: expected an object"}})"}},
         {"a method's error, an exception's text, an unknown method, a dropped reply",
          {request("f", "fail", R"({"message":"Missing required param: name"})") + "\n" +
           request("t", "throw", R"({"message":"disk on fire"})") + "\n" + request("u", "nope") +
@@ -137,18 +141,57 @@ TEST_F(BridgeTest, ALineOverOneMebibyteIsRefusedAndItsConnectionClosed) {
     EXPECT_EQ(roundTrip(atLimit, request("after", "echo")), R"({"id":"after","result":{}})");
 }
 
-TEST_F(BridgeTest, TheConnectionBeyondTheLimitIsToldAndClosed) {
-    const auto server = startServer();
+// Clients that send nothing must not lock others out: with the table full, a new client takes the
+// place of the one idle the longest. Only clients in the middle of a request keep theirs.
+TEST_F(BridgeTest, ANewClientTakesThePlaceOfTheLongestIdleOne) {
+    const auto server = startServer({.maxConnections = 3});
     std::vector<SocketClient> open;
-    for (int i = 0; i < 64; ++i) {
+    for (int i = 0; i < 3; ++i) {
         open.push_back(connect());
         ASSERT_EQ(roundTrip(open.back(), request("n", "echo")), R"({"id":"n","result":{}})") << i;
     }
+    // The first becomes the most recently active; the second is now idle the longest.
+    ASSERT_EQ(roundTrip(open[0], request("again", "echo")), R"({"id":"again","result":{}})");
+    auto newcomer = connect();
+    EXPECT_EQ(roundTrip(newcomer, request("new", "echo")), R"({"id":"new","result":{}})");
+    EXPECT_EQ(nextAnswer(open[1]),
+              R"({"id":"unknown","error":{"message":"Connection closed: it was the longest idle )"
+              R"(when another client needed room"}})");
+    EXPECT_EQ(nextAnswer(open[1]), "<closed>");
+    for (const std::size_t kept : {0, 2}) {
+        EXPECT_EQ(roundTrip(open[kept], request("k", "echo")), R"({"id":"k","result":{}})");
+    }
+
+    // Every place busy with a request: the one beyond is told and closed.
+    for (auto* busy : {&open[0], &open[2], &newcomer}) {
+        busy->send(request("h", "hold") + "\n");
+    }
+    ASSERT_TRUE(dispatcher.waitUntilHeld(3));
     auto refused = connect();
     EXPECT_EQ(nextAnswer(refused),
-              R"j({"id":"unknown","error":{"message":"Too many connections (at most 64)"}})j");
+              R"j({"id":"unknown","error":{"message":"Too many connections (at most 3)"}})j");
     EXPECT_EQ(nextAnswer(refused), "<closed>");
-    EXPECT_EQ(roundTrip(open.front(), request("still", "echo")), R"({"id":"still","result":{}})");
+    loop.runAndWait([&] { dispatcher.releaseHeld(); });
+    EXPECT_EQ(nextAnswer(newcomer), R"({"id":"h","result":{"released":true}})");
+}
+
+// A client chooses its ids and method names, up to the line limit; the log book keeps hundreds of
+// entries and hands them out through "get_logs".
+TEST_F(BridgeTest, WhatAClientSendsIsLoggedOnlyAsAShortEscapedExcerpt) {
+    const auto server = startServer();
+    auto client = connect();
+    const std::string longId(200'000, 'i');
+    const std::string method = "evil\\u001b[31m\\n" + std::string(200'000, 'm');
+    EXPECT_EQ(roundTrip(client, request(longId, method)).substr(0, 7), R"({"id":")");
+    EXPECT_EQ(roundTrip(client, request(longId, "echo", "[]")).substr(0, 7), R"({"id":")");
+    std::size_t longest = 0;
+    bool escaped = false;
+    for (const auto& message : testLogging.messages(MCPBridgeService::kServiceName)) {
+        longest = std::max(longest, message.size());
+        escaped = escaped || message.starts_with("MCPBridgeService: evil\\x1b[31m\\n");
+    }
+    EXPECT_LT(longest, 400u);
+    EXPECT_TRUE(escaped) << ::testing::PrintToString(testLogging.messages());
 }
 
 TEST_F(BridgeTest, AClientThatNeverReadsHoldsUpNobodyElse) {

@@ -83,13 +83,27 @@ TEST(LineReader, MemoryStaysNearOneLineOverALongStream) {
     EXPECT_EQ(reader.bufferedBytes(), 0u);
 }
 
-TEST(SocketRequest, MalformedLinesAreRefused) {
-    for (const char* line :
-         {"", "not json", "[1]", "\"text\"", R"({"id":"1"})", R"({"method":"m"})",
-          R"({"id":1,"method":"m"})", R"({"id":"1","method":null})",
-          R"({"id":"1","method":"m","params":[]})", R"({"id":"1","method":"m","params":"p"})",
-          "{\"id\":\"1\",\"method\":\"m\"}x"}) {
-        EXPECT_FALSE(parseSocketRequest(line)) << line;
+TEST(SocketRequest, MalformedLinesAreRefusedUnderTheIdTheyCarry) {
+    const std::string notAnObject = "Invalid param params: expected an object";
+    const std::pair<std::string, SocketRequestRefusal> cases[] = {
+        {"", {}},
+        {"not json", {}},
+        {"[1]", {}},
+        {"\"text\"", {}},
+        {R"({"id":"1"})", {}},
+        {R"({"method":"m"})", {}},
+        {R"({"id":1,"method":"m"})", {}},
+        {R"({"id":"1","method":null})", {}},
+        {"{\"id\":\"1\",\"method\":\"m\"}x", {}},
+        {std::string("{\"id\":\"1\",\"method\":\"m\"}\0x", 25), {}},
+        {R"({"id":"1","method":"m","params":[]})", {"1", notAnObject}},
+        {R"({"id":"2","method":"m","params":"p"})", {"2", notAnObject}},
+    };
+    for (const auto& [line, refusal] : cases) {
+        const auto request = parseSocketRequest(line);
+        ASSERT_FALSE(request) << line;
+        EXPECT_EQ(request.error().id, refusal.id) << line;
+        EXPECT_EQ(request.error().message, refusal.message) << line;
     }
 }
 
@@ -98,7 +112,7 @@ TEST(SocketRequest, ResponsesAreOneCompactLineEach) {
               "{\"id\":\"7\",\"result\":{\"b\":1,\"a\":2}}\n");
     EXPECT_EQ(errorResponseLine("7", "No frontmost window"),
               "{\"id\":\"7\",\"error\":{\"message\":\"No frontmost window\"}}\n");
-    EXPECT_EQ(invalidRequestResponseLine(),
+    EXPECT_EQ(refusalResponseLine({}),
               "{\"id\":\"unknown\",\"error\":{\"message\":\"Invalid JSON-RPC request\"}}\n");
     EXPECT_EQ(outcomeResponseLine("7", unexpected(std::string("x\ny"))),
               "{\"id\":\"7\",\"error\":{\"message\":\"x\\ny\"}}\n");

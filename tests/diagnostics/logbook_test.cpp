@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "diagnostics/log_excerpt.h"
 #include "diagnostics/log_text.h"
 #include "support/log_messages.h"
 
@@ -211,6 +212,20 @@ TEST(LogText, ShowsBothTimestampFormsOnEachLine) {
         "workspace | Saved\n"
         "2026-11-21T13:15:30Z | Nov 21, 2026 at 1:15:30 PM | DEBUG | Svc | general | a | b\n");
     EXPECT_EQ(renderLogText({}, TimeZoneChoice::utc), "");
+}
+
+TEST(LogExcerpt, KeepsShortTextEscapedAndCutsLongTextAtACharacter) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"list_windows", "list_windows"},
+        {"a\nb\r\tc\x1b[0m\x7f", "a\\nb\\r\\tc\\x1b[0m\\x7f"},
+        {std::string(14, 'x'), "xxxxxxxxxxxx\xE2\x80\xA6 (14 bytes)"},
+        // "é" is two bytes: cut before it, never inside.
+        {"12345678901\xC3\xA9", "12345678901\xE2\x80\xA6 (13 bytes)"},
+    };
+    for (const auto& [text, excerpt] : cases) {
+        EXPECT_EQ(logExcerpt(text, 12), excerpt);
+    }
+    EXPECT_EQ(logExcerpt(std::string(1 << 20, 'm')).size(), kLogExcerptBytes + 19);
 }
 
 }  // namespace

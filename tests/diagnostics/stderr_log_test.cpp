@@ -1,12 +1,14 @@
 #include "diagnostics/stderr_log.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -21,6 +23,8 @@ using ::testing::HasSubstr;
 using namespace std::chrono;
 
 const std::string kPrefix = "2026-11-21T10:15:30Z info Svc[toast] ";
+// For tests whose reader is slow but keeps reading: never give up on it.
+constexpr std::chrono::minutes kPatient{10};
 
 LogEntry entry(std::string message, LogLevel level = LogLevel::info) {
     const Date when = sys_days{year{2026} / 11 / 21} + hours{10} + minutes{15} + seconds{30};
@@ -96,7 +100,7 @@ TEST(StderrLog, DestructionWritesEverythingQueuedThroughAFullNonBlockingDescript
     Pipe pipe;
     const std::size_t filler = pipe.fill();
     pipe.shrink(true);
-    std::optional<StderrLog> log(std::in_place, pipe.fds[1]);
+    std::optional<StderrLog> log(std::in_place, pipe.fds[1], 10'000, kPatient);
     std::string expected(filler, 'x');
     for (int i = 0; i < kEntries; ++i) {
         log->write(entry("m" + std::to_string(i)));
@@ -117,7 +121,7 @@ TEST(StderrLog, DropsLinesPastCapacityAndSaysHowMany) {
     // The writer blocks on its first batch until this test reads, so at most that batch and one
     // full backlog survive; lines dropped before that batch earn a note of their own.
     const std::size_t filler = pipe.fill();
-    StderrLog log(pipe.fds[1], kCapacity);
+    StderrLog log(pipe.fds[1], kCapacity, kPatient);
     for (int i = 0; i < kEntries; ++i) {
         log.write(entry("m" + std::to_string(i)));
     }
@@ -152,7 +156,7 @@ TEST(StderrLog, DropsLinesPastCapacityAndSaysHowMany) {
 TEST(StderrLog, FlushWaitsUntilTheLineIsInThePipe) {
     Pipe pipe;
     const std::size_t filler = pipe.fill();
-    StderrLog log(pipe.fds[1]);
+    StderrLog log(pipe.fds[1], 10'000, kPatient);
     log.write(entry("slow"));
     // The line only fits once the filler is read, which starts only once flush is under way: a
     // flush that returned early would see the filler still there.
@@ -170,6 +174,27 @@ TEST(StderrLog, FlushWaitsUntilTheLineIsInThePipe) {
     flusher.join();
     EXPECT_EQ(heldAfterFlush, static_cast<int>(kPrefix.size() + 5));
     EXPECT_EQ(pipe.readAvailable(), kPrefix + "slow\n");
+}
+
+// A reader that stopped reading, or went away, must not keep the program from ending.
+TEST(StderrLog, GivesUpOnADescriptorThatStallsOrIsGone) {
+    signal(SIGPIPE, SIG_IGN);  // as the program does; else the closed pipe ends the test
+    for (const bool closed : {false, true}) {
+        SCOPED_TRACE(closed ? "closed" : "stalled");
+        Pipe pipe;
+        if (closed) {
+            close(std::exchange(pipe.fds[0], -1));
+        } else {
+            pipe.fill();
+        }
+        std::optional<StderrLog> log(std::in_place, pipe.fds[1], 10'000,
+                                     std::chrono::milliseconds(20));
+        log->write(entry("nobody reads this"));
+        EXPECT_FALSE(log->flush());
+        log->write(entry("nor this"));
+        EXPECT_FALSE(log->flush());
+        log.reset();
+    }
 }
 
 }  // namespace

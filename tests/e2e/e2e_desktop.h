@@ -1,3 +1,4 @@
+// e2e_desktop.h: End-to-end fixture: the real program on Xvfb with openbox and real clients.
 #pragma once
 
 // The fixture of the end-to-end tests: a private X server with the window manager, real clients,

@@ -1,3 +1,4 @@
+// x_probe.h: Reads and drives the X server directly, beside the program under test.
 #pragma once
 
 // What an end-to-end test reads from and does to the X server directly, next to the program under

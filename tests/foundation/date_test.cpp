@@ -16,6 +16,8 @@ TEST(Iso8601, WritesUtcWholeSeconds) {
     EXPECT_EQ(formatIso8601(at(2026, 11, 21, 10, 15, 30) + milliseconds(999)),
               "2026-11-21T10:15:30Z");
     EXPECT_EQ(formatIso8601(at(1999, 1, 2, 3, 4, 5)), "1999-01-02T03:04:05Z");
+    const Date now = floor<seconds>(system_clock::now());
+    EXPECT_EQ(parseIso8601(formatIso8601(now)), now);
 }
 
 TEST(Iso8601, ReadsZonesAndFractions) {
@@ -26,11 +28,6 @@ TEST(Iso8601, ReadsZonesAndFractions) {
     EXPECT_EQ(parseIso8601("2026-11-21T10:15:30.250Z"), expected + milliseconds(250));
     // Crossing midnight with an offset.
     EXPECT_EQ(parseIso8601("2026-11-22T00:15:30+14:00"), expected);
-}
-
-TEST(Iso8601, RoundTripsWrittenDates) {
-    const Date date = floor<seconds>(system_clock::now());
-    EXPECT_EQ(parseIso8601(formatIso8601(date)), date);
 }
 
 TEST(Iso8601, RefusesTextWithoutZoneOrWithImpossibleValues) {

@@ -1,6 +1,7 @@
 #include "foundation/files.h"
 
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -25,35 +26,24 @@ std::size_t entriesIn(const std::filesystem::path& folder) {
     return count;
 }
 
-TEST(AtomicWrite, CreatesFoldersReplacesContentsAndLeavesNoTemporaryFiles) {
+TEST(AtomicWrite, CreatesFoldersReplacesContentsKeepsTheModeAndLeavesNoTemporaryFiles) {
     TemporaryFolder folder;
     const auto file = folder / "a/b/c/workspaces-backup.json";
-    ASSERT_TRUE(writeFileAtomically(file, "first"));
-    ASSERT_TRUE(writeFileAtomically(file, "second, longer"));
-    ASSERT_TRUE(writeFileAtomically(file, "3"));
-    EXPECT_EQ(readTestFile(file), "3");
+    ASSERT_TRUE(writeFileAtomically(file, "first, longer"));
+    const auto ownerOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+    std::filesystem::permissions(file, ownerOnly);
+    ASSERT_TRUE(writeFileAtomically(file, "2"));
+    EXPECT_EQ(readTestFile(file), "2");
+    EXPECT_EQ(std::filesystem::status(file).permissions() & std::filesystem::perms::all, ownerOnly);
     EXPECT_EQ(entriesIn(file.parent_path()), 1u);
-}
 
-TEST(AtomicWrite, KeepsTheModeOfTheFileItReplaces) {
-    TemporaryFolder folder;
-    const auto file = folder / "private.json";
-    ASSERT_TRUE(writeFileAtomically(file, "x"));
-    std::filesystem::permissions(
-        file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-    ASSERT_TRUE(writeFileAtomically(file, "y"));
-    EXPECT_EQ(std::filesystem::status(file).permissions() & std::filesystem::perms::all,
-              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-}
-
-TEST(AtomicWrite, FailureNamesThePathAndKeepsTheOldFile) {
-    TemporaryFolder folder;
+    // A file where a folder should be: the error names the path, the file stays.
     const auto blocker = folder / "blocker";
-    writeTestFile(blocker, "a file where a folder should be");
+    writeTestFile(blocker, "mine");
     const auto result = writeFileAtomically(blocker / "settings.json", "x");
     ASSERT_FALSE(result);
     EXPECT_NE(result.error().description().find("blocker"), std::string::npos);
-    EXPECT_EQ(readTestFile(blocker), "a file where a folder should be");
+    EXPECT_EQ(readTestFile(blocker), "mine");
 }
 
 // A disk that fills up half-way: the write fails, the old contents stay whole and the partial
@@ -115,14 +105,49 @@ TEST(AtomicWrite, AKilledWriterNeverLeavesAMixedFile) {
     close(progress[0]);
     const std::string contents = readTestFile(file);
     EXPECT_TRUE(contents == a || contents == b) << "mixed file of " << contents.size() << " bytes";
+
+    // The next start removes what the killed write may have left, and only that.
+    writeTestFile(folder / ".workspaces-backup.json.Ab12Z9", "left by a killed write");
+    const std::vector<std::string> strangers = {".workspaces-backup.json.notours",
+                                                ".spaces.json.Ab12Z9", "workspaces-backup.json.x"};
+    for (const auto& name : strangers) {
+        writeTestFile(folder / name, "not ours");
+    }
+    std::filesystem::create_directory(folder / ".workspaces-backup.json.Dir123");
+    const auto removed = removeAbandonedTemporaryFiles(file);
+    EXPECT_FALSE(removed.empty());
+    EXPECT_EQ(entriesIn(folder.path()), 1 + strangers.size() + 1);
+    EXPECT_EQ(readTestFile(file), contents);
 }
 
-TEST(ReadFile, ReportsMissingFilesAndFolders) {
+TEST(ReadFile, ReadsBytesAsTheyAreAndRefusesWhatItCannotOrShouldNotRead) {
     TemporaryFolder folder;
-    EXPECT_FALSE(readFile(folder / "missing.json"));
-    EXPECT_FALSE(readFile(folder.path()));
     writeTestFile(folder / "x.json", std::string("a\0b", 3));
     EXPECT_EQ(readFile(folder / "x.json").value(), std::string("a\0b", 3));
+    EXPECT_EQ(readFile(folder / "x.json", 3).value(), std::string("a\0b", 3));
+    std::filesystem::create_symlink("/dev/zero", folder / "zero.json");
+
+    const struct {
+        const char* name;
+        std::filesystem::path path;
+        std::size_t limit;
+        bool missing;
+        const char* reason;
+    } refused[] = {
+        {"missing", folder / "missing.json", kMaxReadFileBytes, true, "Could not open"},
+        {"a folder", folder.path(), kMaxReadFileBytes, false, "Could not read"},
+        {"one byte over the limit", folder / "x.json", 2, false,
+         "Refused to read a file larger than 2 bytes"},
+        {"endless", folder / "zero.json", kMaxReadFileBytes, false,
+         "Refused to read a file larger than 16 MiB"},
+    };
+    for (const auto& r : refused) {
+        SCOPED_TRACE(r.name);
+        const auto read = readFile(r.path, r.limit);
+        ASSERT_FALSE(read);
+        EXPECT_EQ(read.error().isMissing(), r.missing);
+        EXPECT_EQ(read.error().description().rfind(r.reason, 0), 0u) << read.error().description();
+    }
 }
 
 TEST(Quarantine, KeepsRawBytesUnderADatedNameThatNeverOverwrites) {

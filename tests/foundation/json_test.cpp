@@ -59,6 +59,10 @@ TEST(JsonParsing, ReportsWhereTheTextBroke) {
     EXPECT_FALSE(parseJson(""));
     // A number beyond any double is an error value too, not an escaping exception.
     EXPECT_FALSE(parseJson(R"({"x": 2E88882})"));
+    // The parser would stop at a NUL and take what came before for the whole text.
+    const auto cut = parseJson(std::string("{\"a\": 1}\0 and more", 18));
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().message, "Invalid JSON at byte 9: a NUL byte");
 }
 
 class JsonObjectReaderTest : public ::testing::Test {

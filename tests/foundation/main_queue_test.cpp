@@ -27,7 +27,7 @@ protected:
     }
 };
 
-TEST_F(ManualQueueTest, PostedWorkWaitsForTheTestThenRunsInOrder) {
+TEST_F(ManualQueueTest, WorkRunsInOrderWhenTheTestSaysAndDelayedWorkAtItsOwnDueTime) {
     queue.post([this] {
         order.push_back("a");
         queue.post(record("c"));
@@ -36,48 +36,35 @@ TEST_F(ManualQueueTest, PostedWorkWaitsForTheTestThenRunsInOrder) {
     EXPECT_TRUE(order.empty());
     EXPECT_EQ(queue.pendingCount(), 2u);
     EXPECT_EQ(queue.runUntilIdle(), 3u);
-    EXPECT_EQ(order, (std::vector<std::string>{"a", "b", "c"}));
-}
 
-TEST_F(ManualQueueTest, DelayedWorkRunsAtItsDueTimeInDueOrder) {
-    queue.postDelayed(3s, record("3s"));
-    queue.postDelayed(1s, record("1s-first"));
-    queue.postDelayed(1s, record("1s-second"));
-    queue.postDelayed(2500ms, record("2.5s"));
-    queue.advance(999ms);
-    EXPECT_TRUE(order.empty());
-    queue.advance(1ms);
-    EXPECT_EQ(order, (std::vector<std::string>{"1s-first", "1s-second"}));
-    queue.advance(10s);
-    EXPECT_EQ(order, (std::vector<std::string>{"1s-first", "1s-second", "2.5s", "3s"}));
-}
-
-TEST_F(ManualQueueTest, EachDelayedItemSeesTheClockAtItsOwnDueTime) {
     const auto start = clock.monotonicNow();
-    std::vector<Duration> seen;
-    queue.postDelayed(2s, [&] {
-        seen.push_back(clock.monotonicNow() - start);
-        // A follow-up scheduled from inside counts from this moment, not from the test's.
-        queue.postDelayed(1s, [&] { seen.push_back(clock.monotonicNow() - start); });
-    });
-    queue.advance(5s);
-    EXPECT_EQ(seen, (std::vector<Duration>{2s, 3s}));
-    EXPECT_EQ(clock.monotonicNow() - start, 5s);
-}
-
-TEST_F(ManualQueueTest, CancelledWorkNeverRunsNorCountsAndLateCancelsChangeNothing) {
+    const auto at = [&](std::string name) {
+        return [this, start, name] {
+            order.push_back(name + "@" + std::to_string((clock.monotonicNow() - start) / 1ms));
+        };
+    };
     EXPECT_FALSE(queue.timeUntilNextDue());
-    WorkItem item = queue.postDelayed(1s, record("cancelled"));
-    WorkItem ran = queue.postDelayed(2s, record("kept"));
-    EXPECT_TRUE(item.isPending());
+    queue.postDelayed(3s, at("3s"));
+    queue.postDelayed(1s, at("1s-first"));
+    queue.postDelayed(1s, at("1s-second"));
+    // A follow-up scheduled from inside counts from its own moment, not from the test's.
+    queue.postDelayed(2500ms, [&, then = at("2.5s")] {
+        then();
+        queue.postDelayed(1s, at("follow-up"));
+    });
+    WorkItem cancelled = queue.postDelayed(500ms, record("cancelled"));
+    EXPECT_TRUE(cancelled.isPending());
+    EXPECT_EQ(queue.timeUntilNextDue(), Duration(500ms));
+    cancelled.cancel();
     EXPECT_EQ(queue.timeUntilNextDue(), Duration(1s));
-    item.cancel();
-    EXPECT_EQ(queue.timeUntilNextDue(), Duration(2s));
-    queue.advance(5s);
-    ran.cancel();
-    EXPECT_EQ(order, std::vector<std::string>{"kept"});
-    EXPECT_FALSE(item.hasRun());
-    EXPECT_TRUE(ran.hasRun());
+    queue.advance(999ms);
+    EXPECT_EQ(order.size(), 3u);
+    queue.advance(10s);
+    EXPECT_EQ(order, (std::vector<std::string>{"a", "b", "c", "1s-first@1000", "1s-second@1000",
+                                               "2.5s@2500", "3s@3000", "follow-up@3500"}));
+    EXPECT_EQ(clock.monotonicNow() - start, 10999ms);
+    EXPECT_FALSE(cancelled.hasRun());
+    cancelled.cancel();  // late: changes nothing
 }
 
 TEST_F(ManualQueueTest, ANewerRequestReplacesThePendingOne) {
@@ -184,8 +171,12 @@ TEST(EventLoop, RunsPostedDelayedAndDescriptorWorkInRealTime) {
     });
     auto cancelled = loop.postDelayed(10ms, [&] { order.push_back("cancelled"); });
     cancelled.cancel();
+    bool ranOnMain = false;
     std::thread other([&] {
-        loop.runAndWait([&] { order.push_back("from-thread"); });
+        loop.runAndWait([&] {
+            order.push_back("from-thread");
+            ranOnMain = loop.isMainThread();
+        });
         ASSERT_EQ(write(fds[1], "x", 1), 1);
     });
     const auto started = clock.monotonicNow();
@@ -193,24 +184,10 @@ TEST(EventLoop, RunsPostedDelayedAndDescriptorWorkInRealTime) {
     other.join();
     EXPECT_EQ(order, (std::vector<std::string>{"from-thread", "fd:x", "timer"}));
     EXPECT_GE(clock.monotonicNow() - started, 20ms);
+    EXPECT_TRUE(ranOnMain);
+    EXPECT_FALSE(std::async(std::launch::async, [&] { return loop.isMainThread(); }).get());
     close(fds[0]);
     close(fds[1]);
-}
-
-TEST(EventLoop, MainThreadIsTheOneRunningTheLoop) {
-    SystemClock clock;
-    EventLoop loop(clock);
-    bool onMain = false;
-    std::thread runner([&] {
-        loop.post([&] {
-            onMain = loop.isMainThread();
-            loop.stop();
-        });
-        loop.run();
-    });
-    runner.join();
-    EXPECT_TRUE(onMain);
-    EXPECT_FALSE(loop.isMainThread());
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "foundation/paths.h"
 
+#include <filesystem>
 #include <map>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -14,26 +16,29 @@ EnvironmentLookup environment(std::map<std::string, std::string> values) {
     };
 }
 
-TEST(Paths, FollowHomeWhenNoXdgVariablesAreSet) {
-    const Paths paths = Paths::resolve(environment({{"HOME", "/home/ada"}}));
-    EXPECT_EQ(paths.home, "/home/ada");
-    EXPECT_EQ(paths.configFolder, "/home/ada/.config/corvetta");
-    EXPECT_EQ(paths.preferencesFile(), "/home/ada/.config/corvetta/preferences.json");
-    EXPECT_EQ(paths.applicationSupportFolder, "/home/ada/.local/share/Corvetta");
-}
-
-TEST(Paths, FollowTheXdgVariables) {
-    const Paths paths = Paths::resolve(environment(
-        {{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", "/cfg"}, {"XDG_DATA_HOME", "/data"}}));
-    EXPECT_EQ(paths.preferencesFile(), "/cfg/corvetta/preferences.json");
-    EXPECT_EQ(paths.applicationSupportFolder, "/data/Corvetta");
-}
-
-TEST(Paths, IgnoreEmptyAndRelativeXdgValues) {
-    const Paths paths = Paths::resolve(environment(
-        {{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", ""}, {"XDG_DATA_HOME", "relative/data"}}));
-    EXPECT_EQ(paths.configFolder, "/home/ada/.config/corvetta");
-    EXPECT_EQ(paths.applicationSupportFolder, "/home/ada/.local/share/Corvetta");
+// Empty and relative XDG values are ignored, as the XDG rules ask.
+TEST(Paths, FollowTheXdgVariablesElseHome) {
+    const struct {
+        std::map<std::string, std::string> environment;
+        std::filesystem::path preferences, support;
+    } rows[] = {
+        {{{"HOME", "/home/ada"}},
+         "/home/ada/.config/corvetta/preferences.json",
+         "/home/ada/.local/share/Corvetta"},
+        {{{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", "/cfg"}, {"XDG_DATA_HOME", "/data"}},
+         "/cfg/corvetta/preferences.json",
+         "/data/Corvetta"},
+        {{{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", ""}, {"XDG_DATA_HOME", "relative/data"}},
+         "/home/ada/.config/corvetta/preferences.json",
+         "/home/ada/.local/share/Corvetta"},
+    };
+    for (const auto& row : rows) {
+        const Paths paths = Paths::resolve(environment(row.environment));
+        EXPECT_EQ(paths.home, "/home/ada");
+        EXPECT_EQ(paths.preferencesFile(), row.preferences);
+        EXPECT_EQ(paths.configFolder, row.preferences.parent_path());
+        EXPECT_EQ(paths.applicationSupportFolder, row.support);
+    }
 }
 
 TEST(Paths, FallBackToTheAccountsHomeWithoutHome) {

@@ -1,7 +1,10 @@
+#include <functional>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/fsuid.h>
 
 #include "foundation/json.h"
 #include "foundation/json_file_preferences.h"
@@ -176,6 +179,81 @@ TEST_F(JsonFilePreferencesTest, AFailedWriteKeepsTheChangeAndReportsWhy) {
     EXPECT_TRUE(prefs.synchronize());
     EXPECT_TRUE(prefs.lastWriteError().empty());
     EXPECT_EQ(JsonFilePreferences(file, clock).integer("layoutSpacing"), 12);
+}
+
+// Reads as a user the file's permissions shut out. Root's reads ignore permissions, but not once
+// its file-system user id is another's, so the same holds when the tests run as root.
+class ReadingAsAnotherUser {
+public:
+    ReadingAsAnotherUser() : previous_(static_cast<uid_t>(setfsuid(kNobody))) {}
+    ~ReadingAsAnotherUser() { setfsuid(previous_); }
+
+private:
+    static constexpr uid_t kNobody = 65534;
+    uid_t previous_;
+};
+
+TEST_F(JsonFilePreferencesTest, AFileThatCannotBeReadIsNeverWrittenOver) {
+    const std::string mine = R"({"layoutSpacing": 10, "gapSize": 3})";
+    const struct {
+        const char* name;
+        std::function<void()> makeUnreadable;
+        bool asAnotherUser;
+    } cases[] = {
+        {"no permission",
+         [&] {
+             writeTestFile(file, mine);
+             for (auto p = file.parent_path(); p != folder.path().parent_path();
+                  p = p.parent_path()) {
+                 std::filesystem::permissions(p, std::filesystem::perms::others_exec,
+                                              std::filesystem::perm_options::add);
+             }
+             std::filesystem::permissions(file, std::filesystem::perms::none);
+         },
+         true},
+        {"a folder in its place", [&] { std::filesystem::create_directories(file / "mine"); },
+         false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        c.makeUnreadable();
+        std::optional<JsonFilePreferences> prefs;
+        {
+            std::optional<ReadingAsAnotherUser> user;
+            if (c.asAnotherUser) {
+                user.emplace();
+            }
+            prefs.emplace(file, clock);
+        }
+        ASSERT_EQ(prefs->loadWarnings().size(), 1u);
+        EXPECT_EQ(prefs->loadWarnings()[0].rfind("Could not read preferences", 0), 0u)
+            << prefs->loadWarnings()[0];
+        EXPECT_NE(prefs->loadWarnings()[0].find("not overwritten"), std::string::npos);
+        prefs->set("layoutSpacing", 12);
+        EXPECT_EQ(prefs->integer("layoutSpacing"), 12);
+        EXPECT_FALSE(prefs->synchronize());
+        EXPECT_NE(prefs->lastWriteError().find("could not be read"), std::string::npos)
+            << prefs->lastWriteError();
+        if (c.asAnotherUser) {
+            std::filesystem::permissions(file, std::filesystem::perms::owner_read);
+            EXPECT_EQ(readTestFile(file), mine);
+        } else {
+            EXPECT_TRUE(std::filesystem::is_directory(file / "mine"));
+        }
+        std::filesystem::remove_all(file);
+    }
+}
+
+TEST_F(JsonFilePreferencesTest, TemporaryFilesOfAnInterruptedSaveAreRemovedAtStart) {
+    writeTestFile(file, R"({"layoutSpacing": 10})");
+    writeTestFile(file.parent_path() / ".preferences.json.x1Y2z3", "half a save");
+    writeTestFile(file.parent_path() / ".preferences.json.note", "not ours");
+    JsonFilePreferences prefs(file, clock);
+    EXPECT_EQ(prefs.integer("layoutSpacing"), 10);
+    EXPECT_FALSE(std::filesystem::exists(file.parent_path() / ".preferences.json.x1Y2z3"));
+    EXPECT_TRUE(std::filesystem::exists(file.parent_path() / ".preferences.json.note"));
+    ASSERT_EQ(prefs.loadWarnings().size(), 1u);
+    EXPECT_NE(prefs.loadWarnings()[0].find("interrupted save"), std::string::npos);
 }
 
 TEST_F(JsonFilePreferencesTest, ConcurrentWritersLoseNothing) {

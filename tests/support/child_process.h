@@ -1,3 +1,4 @@
+// child_process.h: An isolated environment for tests that start the program's binaries.
 #pragma once
 
 // What tests that start one of the program's binaries need to build its command line and

@@ -1,3 +1,4 @@
+// log_messages.h: Lists the messages the log book kept, for tests that assert on logging.
 #pragma once
 
 #include <string>

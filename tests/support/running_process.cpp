@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <stdexcept>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -63,7 +64,7 @@ RunningProcess::~RunningProcess() {
             waitpid(pid_, nullptr, 0);
         }
     }
-    for (int fd : {out_.fd, err_.fd}) {
+    for (int fd : {out_.fd, err_.fd, unreadErrors_}) {
         if (fd >= 0) {
             close(fd);
         }
@@ -148,6 +149,18 @@ std::optional<int> RunningProcess::waitForExit(std::chrono::seconds limit) {
     }
     pid_ = -1;
     return exitCode(status);
+}
+
+void RunningProcess::stopReadingErrors(bool close) {
+    if (err_.fd < 0) {
+        return;
+    }
+    if (close) {
+        ::close(std::exchange(err_.fd, -1));
+    } else {
+        fcntl(err_.fd, F_SETPIPE_SZ, 4096);
+        unreadErrors_ = std::exchange(err_.fd, -1);
+    }
 }
 
 void RunningProcess::signal(int number) const {

@@ -1,7 +1,7 @@
+// running_process.h: A child program of a test, its output read through pipes with a deadline.
 #pragma once
 
-// A child program of an end-to-end test: its output is read through pipes with a deadline, and it
-// is stopped and reaped when the test ends, however the test ends.
+// The child is stopped and reaped when the test ends, however the test ends.
 
 #include <chrono>
 #include <optional>
@@ -33,6 +33,9 @@ public:
     std::optional<int> waitForExit(std::chrono::seconds limit = kDeadline);
 
     void signal(int number) const;
+    // Stops reading standard error. Closed, the program's writes to it fail; kept open, its pipe
+    // (shrunk to one page) fills and the program's writes block, as behind a stuck terminal.
+    void stopReadingErrors(bool close);
     const std::string& output() const { return out_.text; }
     const std::string& errors() const { return err_.text; }
 
@@ -50,6 +53,7 @@ private:
 
     pid_t pid_ = -1;
     Stream out_, err_;
+    int unreadErrors_ = -1;
     std::size_t consumed_ = 0;  // standard output up to the last line handed out
 };
 

@@ -1,3 +1,4 @@
+// temporary_folder.h: Temporary folders and test files, so tests never touch the real home.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// test_logging.h: A log book of its own, for tests that assert on what was logged.
 #pragma once
 
 #include <algorithm>

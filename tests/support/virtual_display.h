@@ -1,3 +1,4 @@
+// virtual_display.h: A private Xvfb, with RandR monitors and optionally openbox, for tests.
 #pragma once
 
 // A private X server for tests that need one, so no test ever touches the user's display.

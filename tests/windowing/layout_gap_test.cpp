@@ -28,6 +28,10 @@ TEST(LayoutGapTest, InsetsOnlyTheEdgesInsideTheVisibleFrame) {
         // No gap asked for.
         {{300, 250, 400, 300}, 0, {300, 250, 400, 300}},
         {{300, 250, 400, 300}, -10, {300, 250, 400, 300}},
+        // A gap wider than the window leaves that direction alone, never inside out.
+        {{300, 250, 400, 300}, 500, {300, 250, 400, 300}},
+        {{300, 250, 400, 300}, 350, {475, 250, 50, 300}},
+        {{0, 250, 400, 300}, 500, {0, 250, 150, 300}},
     };
     for (const auto& [frame, spacing, expected] : rows) {
         EXPECT_EQ(insetByLayoutGap(frame, kVisible, spacing), expected)

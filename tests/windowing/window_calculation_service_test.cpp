@@ -1,6 +1,8 @@
 #include "windowing/window_calculation_service.h"
 
+#include <cmath>
 #include <map>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -65,6 +67,37 @@ TEST_F(WindowCalculationServiceTest, FractionsOfEvenAndOddVisibleFrames) {
                 << WindowDirection(c).name();
             EXPECT_EQ(service.calculate(c, {{110, -40, 300, 200}}, odd), onOdd)
                 << WindowDirection(c).name();
+        }
+    }
+}
+
+// A hand-edited preferences file may hold anything: every numeric setting takes its default
+// instead of nonsense, says so, and the actions that read them still give real frames.
+TEST_F(WindowCalculationServiceTest, NonsenseInAnyNumericSettingFallsBackToItsDefault) {
+    const double nonsense[] = {std::nan(""), HUGE_VAL, -HUGE_VAL, -500, 1e12};
+    const Screen screen = makeScreen(1, {0, 0, 1440, 900});
+    screens.setScreens({screen});
+    const Logger logger(logging, "Test");
+    for (const auto& setting : keys::kNumericSettings) {
+        for (const double value : nonsense) {
+            if (setting.range == keys::Range::spacing && value == -500) {
+                continue;  // 0 or less is no gap, as it always was
+            }
+            SCOPED_TRACE(std::string(setting.key) + " = " + std::to_string(value));
+            const InMemoryPreferences stored({{setting.key, value}});
+            EXPECT_EQ(keys::read(stored, setting.key, &logger), setting.fallback);
+            EXPECT_EQ(loggedMessages("Test").back().rfind(
+                          "Setting \"" + std::string(setting.key) + "\" is out of range (", 0),
+                      0u);
+            WindowCalculationService calculation{detection, stored, logging};
+            for (const Case action : {Case::larger, Case::smaller, Case::largerWidth,
+                                      Case::smallerWidth, Case::almostMaximize, Case::specified}) {
+                const Rect frame = calculation.calculate(action, {{100, 100, 800, 600}}, screen);
+                EXPECT_TRUE(std::isfinite(frame.minX()) && std::isfinite(frame.minY()) &&
+                            frame.width() >= 0 && frame.height() >= 0 && frame.width() <= 1440 &&
+                            frame.height() <= 900)
+                    << WindowDirection(action).name() << " " << frame;
+            }
         }
     }
 }
@@ -177,7 +210,7 @@ TEST_F(WindowCalculationServiceTest, TunablesFollowTheirRangeRules) {
         {keys::kSizeOffset, 0, 30},
         {keys::kCurtainChangeSize, std::nullopt, false},
         {keys::kCurtainChangeSize, true, true},
-        {keys::kSpecifiedWidth, -20, -20},
+        {keys::kSpecifiedWidth, -20, 0},  // no size is negative
         {keys::kSpecifiedWidth, 0.1, static_cast<float>(0.1)},
         {keys::kSpecifiedHeight, std::nullopt, 0},
         {keys::kSpecifiedHeight, 4000, 4000},

@@ -250,9 +250,10 @@ TEST_F(WindowSnappingServiceTest, NextAndPreviousDisplayScaleTheFrameAndWrapArou
         auto setup = desktop(three);
         setup.applications[0].windows[0].frame = from;
         start(std::move(setup));
+        const bool next = forward;  // clang 14 cannot capture a structured binding
         const auto result = run([&](auto& service, auto done) {
-            forward ? service.moveFrontmostWindowToNextDisplay(done)
-                    : service.moveFrontmostWindowToPreviousDisplay(done);
+            next ? service.moveFrontmostWindowToNextDisplay(done)
+                 : service.moveFrontmostWindowToPreviousDisplay(done);
         });
         ASSERT_TRUE(result) << result.error();
         EXPECT_EQ(frameOf(kNotes), expected);

@@ -1,3 +1,4 @@
+// windowing_fixture.h: The settings, logging, clock and displays windowing tests share.
 #pragma once
 
 #include <optional>

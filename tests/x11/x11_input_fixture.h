@@ -1,3 +1,4 @@
+// x11_input_fixture.h: A private X server with an XTest driver, for the X11 input tests.
 #pragma once
 
 // A private X server with two clients: the one the class under test uses, and a driver that

@@ -1,3 +1,4 @@
+// x11_test_support.h: What X11 backend tests share: an X server, a connection, a fake client.
 #pragma once
 
 // What the X11 backend's tests share: a private X server, a queue the test drives, the backend's

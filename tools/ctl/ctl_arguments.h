@@ -1,3 +1,4 @@
+// ctl_arguments.h: Parses corvetta-ctl's command line into one request for the automation socket.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// ctl_help.h: The usage text corvetta-ctl prints, listing the methods it can call.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// ctl_session.h: Sends corvetta-ctl's request and prints the answer, setting the exit code.
 #pragma once
 
 #include <filesystem>

@@ -49,8 +49,10 @@ DesktopModel::DesktopModel(SimulatedDesktopSetup setup, MainQueue& queue)
       selfPid_(setup.self.pid),
       trusted_(setup.accessibilityTrusted),
       mouseLocation_(setup.mouseLocation) {
+    reindex();
     if (application(selfPid_) == nullptr) {
         applications_.push_back(std::move(setup.self));
+        indexApplication(applications_.size() - 1);
     }
     if (setup.frontmost && application(*setup.frontmost) != nullptr) {
         frontmost_ = setup.frontmost;
@@ -69,10 +71,25 @@ DesktopModel::DesktopModel(SimulatedDesktopSetup setup, MainQueue& queue)
     windowsChanged();
 }
 
+void DesktopModel::reindex() {
+    applicationIndex_.clear();
+    windowOwners_.clear();
+    for (std::size_t i = 0; i < applications_.size(); ++i) {
+        indexApplication(i);
+    }
+}
+
+void DesktopModel::indexApplication(std::size_t index) {
+    const auto& app = applications_[index];
+    applicationIndex_[app.pid] = index;
+    for (const auto& window : app.windows) {
+        windowOwners_[window.number] = app.pid;
+    }
+}
+
 SimulatedApplication* DesktopModel::application(ProcessId pid) {
-    const auto found = std::find_if(applications_.begin(), applications_.end(),
-                                    [&](const SimulatedApplication& a) { return a.pid == pid; });
-    return found == applications_.end() ? nullptr : &*found;
+    const auto found = applicationIndex_.find(pid);
+    return found == applicationIndex_.end() ? nullptr : &applications_[found->second];
 }
 
 const SimulatedApplication* DesktopModel::application(ProcessId pid) const {
@@ -90,14 +107,14 @@ const SimulatedApplication* DesktopModel::runningApplication(
 }
 
 SimulatedWindow* DesktopModel::window(WindowNumber number) {
-    for (auto& app : applications_) {
-        for (auto& window : app.windows) {
-            if (window.number == number) {
-                return &window;
-            }
-        }
+    const auto owner = ownerOf(number);
+    if (!owner) {
+        return nullptr;
     }
-    return nullptr;
+    auto& windows = application(*owner)->windows;
+    const auto found = std::find_if(windows.begin(), windows.end(),
+                                    [&](const SimulatedWindow& w) { return w.number == number; });
+    return found == windows.end() ? nullptr : &*found;
 }
 
 const SimulatedWindow* DesktopModel::window(WindowNumber number) const {
@@ -105,14 +122,8 @@ const SimulatedWindow* DesktopModel::window(WindowNumber number) const {
 }
 
 std::optional<ProcessId> DesktopModel::ownerOf(WindowNumber number) const {
-    for (const auto& app : applications_) {
-        for (const auto& window : app.windows) {
-            if (window.number == number) {
-                return app.pid;
-            }
-        }
-    }
-    return std::nullopt;
+    const auto found = windowOwners_.find(number);
+    return found == windowOwners_.end() ? std::nullopt : std::optional(found->second);
 }
 
 int DesktopModel::frameWriteCount(WindowNumber number) const {
@@ -158,6 +169,7 @@ void DesktopModel::addApplication(SimulatedApplication app) {
         histories_[window.number] = {};
     }
     applications_.push_back(std::move(app));
+    indexApplication(applications_.size() - 1);
     windowsChanged();
 }
 
@@ -171,6 +183,7 @@ void DesktopModel::quitApplication(ProcessId pid) {
         histories_.erase(window.number);
     }
     std::erase_if(applications_, [&](const SimulatedApplication& a) { return a.pid == pid; });
+    reindex();
     if (frontmost_ == pid) {
         frontNextApplication(pid);
     }
@@ -193,6 +206,7 @@ void DesktopModel::addWindow(ProcessId pid, SimulatedWindow window) {
     const bool onTop = frontmost_ == pid || firstOfApp == stack_.end();
     stack_.insert(onTop ? stack_.begin() : firstOfApp, window.number);
     histories_[window.number] = {};
+    windowOwners_[window.number] = pid;
     app->windows.insert(app->windows.begin(), std::move(window));
     windowsChanged();
 }
@@ -204,6 +218,7 @@ void DesktopModel::closeWindow(WindowNumber number) {
     }
     std::erase_if(application(*owner)->windows,
                   [&](const SimulatedWindow& w) { return w.number == number; });
+    windowOwners_.erase(number);
     removeFromStack(number);
     histories_.erase(number);
     windowsChanged();

@@ -1,3 +1,4 @@
+// desktop_model.h: The simulated desktop's world and rules, behind SimulatedDesktop's ports.
 #pragma once
 
 // The simulated desktop's world: displays, the Dock, running applications with their windows, the
@@ -9,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "foundation/main_queue.h"
@@ -155,6 +157,9 @@ private:
     // Announces the change to the activation observers.
     void setFrontmost(ProcessId pid);
     void publishScreens(bool announceEvenIfUnchanged);
+    // Rebuilds the lookups after applications went away.
+    void reindex();
+    void indexApplication(std::size_t index);
     std::vector<Screen> currentScreens() const;
     std::optional<SimulatedDisplay> displayOf(const Rect& axFrame) const;
     Rect toScreenSpace(const Rect& axFrame) const;
@@ -167,6 +172,10 @@ private:
     // Running applications, this program included.
     std::vector<SimulatedApplication> applications_;
     std::vector<SimulatedApplication> installed_;
+    // Lookups for the running applications, so listing every window of every application reads
+    // each in constant time: pid to its index in applications_, window number to its owner.
+    std::unordered_map<ProcessId, std::size_t> applicationIndex_;
+    std::unordered_map<WindowNumber, ProcessId> windowOwners_;
     ProcessId selfPid_ = 0;
     // Every window number, front to back.
     std::vector<WindowNumber> stack_;

@@ -1,3 +1,4 @@
+// simulated_alerts.h: Simulated alerts that wait for a test to answer them like a user.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// simulated_desktop.h: An in-memory desktop of realistic windows for tests, black-box runs, demos.
 #pragma once
 
 #include <functional>

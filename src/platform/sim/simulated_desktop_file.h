@@ -1,3 +1,4 @@
+// simulated_desktop_file.h: Reads a simulated desktop's JSON file, naming where it is wrong.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// simulated_desktop_setup.h: What a simulated desktop starts from: displays, apps, windows.
 #pragma once
 
 #include <optional>

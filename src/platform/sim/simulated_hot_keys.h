@@ -1,3 +1,4 @@
+// simulated_hot_keys.h: Simulated system-wide hot keys that tests press and reserve.
 #pragma once
 
 #include <cstdint>

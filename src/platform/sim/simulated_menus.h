@@ -1,3 +1,4 @@
+// simulated_menus.h: Shows simulated applications' menu bars through the accessibility port.
 #pragma once
 
 // How an application's menu bar looks through the accessibility port: the menu bar, its items

@@ -1,3 +1,4 @@
+// x11_accessibility.h: Emulates the accessibility port on X11 through the EWMH window manager.
 #pragma once
 
 #include <array>

@@ -1,3 +1,4 @@
+// x11_alerts.h: Alerts on X11, which has no dialog toolkit here: logged and answered as dismissed.
 #pragma once
 
 #include <functional>

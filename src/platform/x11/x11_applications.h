@@ -1,3 +1,4 @@
+// x11_applications.h: The applications port on X11, over the client list and desktop entries.
 #pragma once
 
 #include <map>

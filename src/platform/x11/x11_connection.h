@@ -1,3 +1,4 @@
+// x11_connection.h: The X server connection the backend shares: requests, atoms, events.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// x11_coordinates.h: Converts X root coordinates into screen and accessibility space.
 #pragma once
 
 #include <cmath>

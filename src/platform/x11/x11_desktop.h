@@ -1,3 +1,4 @@
+// x11_desktop.h: The X11 desktop: every port over one connection to an X server.
 #pragma once
 
 #include <functional>

@@ -1,3 +1,4 @@
+// x11_event_monitor.h: The event monitor port on X11, over XInput 2 raw events on the root window.
 #pragma once
 
 #include <bitset>

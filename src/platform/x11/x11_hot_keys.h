@@ -1,3 +1,4 @@
+// x11_hot_keys.h: The hot-key port on X11, as passive key grabs on the root window.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// x11_input.h: What the X11 input classes share: the primary monitor, handler lists.
 #pragma once
 
 #include <cstdint>

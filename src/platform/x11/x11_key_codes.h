@@ -1,3 +1,4 @@
+// x11_key_codes.h: Maps macOS key codes and Carbon modifiers to X keysyms and masks.
 #pragma once
 
 #include <array>

@@ -1,3 +1,4 @@
+// x11_pointer.h: The pointer port on X11: where the pointer is, asked of the server.
 #pragma once
 
 #include <xcb/xcb.h>

@@ -1,3 +1,4 @@
+// x11_properties.h: Typed reads of X window properties and frames for the X11 ports.
 #pragma once
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// x11_screens.h: The displays port on X11, over RandR monitors less what panels reserve.
 #pragma once
 
 #include <memory>

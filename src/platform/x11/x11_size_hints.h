@@ -1,3 +1,4 @@
+// x11_size_hints.h: Fits sizes to WM_NORMAL_HINTS so the window manager takes them as given.
 #pragma once
 
 #include <xcb/xcb_icccm.h>

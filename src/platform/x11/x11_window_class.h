@@ -1,3 +1,4 @@
+// x11_window_class.h: Reads a window's WM_CLASS, which names its application on X11.
 #pragma once
 
 #include <optional>

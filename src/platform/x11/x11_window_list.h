@@ -1,3 +1,4 @@
+// x11_window_list.h: The window list port on X11, from the window manager's stacking list.
 #pragma once
 
 #include "platform/window_list.h"

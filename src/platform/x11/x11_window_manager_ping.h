@@ -1,3 +1,4 @@
+// x11_window_manager_ping.h: Tells when the window manager has handled our requests.
 #pragma once
 
 #include <chrono>
