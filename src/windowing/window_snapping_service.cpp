@@ -8,6 +8,7 @@
 
 #include "windowing/layout_gap.h"
 #include "windowing/usable_screens.h"
+#include "windowing/window_action_rows.h"
 
 namespace corvetta {
 
@@ -205,15 +206,12 @@ void WindowSnappingService::moveFrontmostWindowToPreviousDisplay(SnapCompletion 
 
 WindowDirection WindowSnappingService::direction(const SnapPosition& position) {
     logger_.info([&] { return "Converting position " + position.description() + " to direction"; });
-    switch (position.kind()) {
-        case SnapPosition::Case::custom:
-            return WindowDirection::custom(position.customRect());
-        case SnapPosition::Case::fullscreen:
-            return WindowDirection::Case::maximize;
-        default:
-            // Every other position names the action it performs.
-            return WindowDirection(*directionTypeFromRawValue(position.name()));
+    if (position.isCustom()) {
+        return WindowDirection::custom(position.customRect());
     }
+    // The table row of the position's name holds the placement it performs: the same-named one,
+    // maximize for fullscreen.
+    return *findWindowActionByKeyName(position.name())->direction;
 }
 
 std::optional<AXElement> WindowSnappingService::focusedWindow(
