@@ -274,10 +274,11 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
     const double spacing = defaults_.doubleValue(kLayoutSpacingKey).value_or(0);
     const Screen& screen = calculated->screen;
     const Rect target = insetByLayoutGap(calculated->rect, screen.visibleFrame, spacing);
-    // The size the window really gets, which a cycle may have advanced past the pressed action.
+    // Where a size cycle stands, for the next repetition; the window goes where the calculation
+    // put it, and the log and the Dock handling speak of the action pressed.
     const WindowDirection& placedAction = calculated->resultingAction;
-    std::string success = "Snapped " + windowName(placed.window) + " to " +
-                          placedAction.description() + " on " + screen.description();
+    std::string success = "Snapped " + windowName(placed.window) + " to " + action.description() +
+                          " on " + screen.description();
     // The snap is remembered only once the window is verified where it was sent: a press after a
     // failed move starts afresh.
     SnapCompletion remember =
@@ -293,8 +294,8 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
                 completion(result);
             }
         };
-    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(placedAction),
-                           kMoveAttempts, placedAction, spacing},
+    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(action), kMoveAttempts,
+                           action, spacing},
          std::move(success), errorPrefix, std::move(remember));
 }
 
@@ -306,19 +307,10 @@ std::optional<WindowSnappingService::CompletedSnap> WindowSnappingService::start
 std::optional<CalculatedFrame> WindowSnappingService::calculateFrame(
     const PlacedWindow& placed, const WindowDirection& action,
     const std::optional<CompletedSnap>& repeated) {
-    const TargetWindow window{placed.frame};
-    auto calculated = calculationService_.calculateWithScreen(
-        action, window, placed.screen, repeated.has_value(),
+    // Used as it comes: the size cycle's frame is the zero-sized one at the display's far corner.
+    return calculationService_.calculateWithScreen(
+        action, TargetWindow{placed.frame}, placed.screen, repeated.has_value(),
         repeated ? std::optional(repeated->placedAction) : std::nullopt);
-    if (calculated && calculated->resultingSubAction) {
-        // The size cycle names the next size but leaves its frame to us, as a zero-sized one at
-        // the display's corner: the window takes that size's plain frame on the same display.
-        // The vertical halves have no cycle and so get their own frame again.
-        const WindowDirection next = calculated->resultingAction;
-        const Screen screen = calculated->screen;
-        calculated = calculationService_.calculateWithScreen(next, window, screen, false);
-    }
-    return calculated;
 }
 
 void WindowSnappingService::moveToNeighbourDisplay(bool forward, SnapCompletion completion) {

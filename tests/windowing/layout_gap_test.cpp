@@ -28,6 +28,8 @@ TEST(LayoutGapTest, InsetsOnlyTheEdgesInsideTheVisibleFrame) {
         // No gap asked for.
         {{300, 250, 400, 300}, 0, {300, 250, 400, 300}},
         {{300, 250, 400, 300}, -10, {300, 250, 400, 300}},
+        // An empty frame stays as it is rather than turning inside out.
+        {{1000, 825, 0, 0}, 10, {1000, 825, 0, 0}},
     };
     for (const auto& [frame, spacing, expected] : rows) {
         EXPECT_EQ(insetByLayoutGap(frame, kVisible, spacing), expected)

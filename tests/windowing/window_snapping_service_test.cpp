@@ -118,39 +118,31 @@ TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
     const SimulatedDisplay right{2, "Right", {1000, 100, 800, 600}, {1000, 100, 800, 600}};
     const Rect left(0, 25, 495, 800);
     const Rect leftOnRight(1000, 125, 395, 600);
-    const Rect leftTwoThirds(0, 25, 661, 800);
-    const Rect leftThird(0, 25, 328, 800);
+    // The size cycle's frame, taken as it comes: zero-sized at the display's far corner, where the
+    // gap has no edge to move.
+    const Rect corner(1000, 0, 0, 0);
     struct Row {
         int mode;
         std::size_t displays;
         Case action;
         // The window's frame after each press.
         std::vector<Rect> frames;
-        Case lastPlaced;
     };
     const std::vector<Row> rows = {
-        {0, 2, Case::leftHalf, {left, left}, Case::leftHalf},
-        {1, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
-        {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}, Case::bottomHalf},
-        {1, 2, Case::topHalf, {{0, 25, 1000, 395}, {1000, 125, 800, 295}}, Case::topHalf},
-        {2, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
-        {2, 1, Case::leftHalf, {left, leftTwoThirds, leftThird, left}, Case::leftHalf},
-        {3,
-         2,
-         Case::leftHalf,
-         {left, leftTwoThirds, leftThird, left, leftTwoThirds},
-         Case::leftTwoThirds},
-        {3,
-         1,
-         Case::rightHalf,
-         {{505, 25, 495, 800}, {338, 25, 662, 800}, {671, 25, 329, 800}, {505, 25, 495, 800}},
-         Case::rightHalf},
-        // The vertical halves have no cycle: they stay put instead of shrinking to nothing.
-        {3, 1, Case::topHalf, {{0, 25, 1000, 395}, {0, 25, 1000, 395}}, Case::topHalf},
+        {0, 2, Case::leftHalf, {left, left}},
+        {1, 2, Case::leftHalf, {left, leftOnRight, left}},
+        {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}},
+        {1, 2, Case::topHalf, {{0, 25, 1000, 395}, {1000, 125, 800, 295}}},
+        {2, 2, Case::leftHalf, {left, leftOnRight, left}},
+        {2, 1, Case::leftHalf, {left, corner, corner}},
+        {3, 2, Case::leftHalf, {left, corner, corner, corner}},
+        // Bottom-aligned, a frame at the top corner reads as a Dock change to the mover, which
+        // places the pressed action afresh.
+        {3, 1, Case::bottomHalf, {{0, 430, 1000, 395}, {0, 430, 1000, 395}}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE("mode " + std::to_string(row.mode) + " " +
-                     WindowDirection(row.action).description() + " on " +
+        const std::string pressed = WindowDirection(row.action).description();
+        SCOPED_TRACE("mode " + std::to_string(row.mode) + " " + pressed + " on " +
                      std::to_string(row.displays));
         preferences.set(keys::kSubsequentExecutionSpace, row.mode);
         std::vector<SimulatedDisplay> displays = {kPrimary, right};
@@ -160,13 +152,15 @@ TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
         for (std::size_t press = 0; press < row.frames.size(); ++press) {
             ASSERT_TRUE(snap(row.action)) << "press " << press + 1;
             EXPECT_EQ(frameOf(kNotes), row.frames[press]) << "press " << press + 1;
+            // The log and the Dock handling name the action pressed, whatever size it cycled to.
+            EXPECT_THAT(messages().back(), StartsWith("Snapped \"Notes\" to " + pressed + " on "));
+            EXPECT_EQ(lastMessage("WindowMover", "Moving window with isBottomAligned: "),
+                      std::string("Moving window with isBottomAligned: ") +
+                          (row.action == Case::bottomHalf ? "true" : "false"));
         }
         const auto logged = messages();
-        EXPECT_EQ(std::count(logged.begin(), logged.end(),
-                             "Repeated " + WindowDirection(row.action).description() + " press"),
+        EXPECT_EQ(std::count(logged.begin(), logged.end(), "Repeated " + pressed + " press"),
                   static_cast<std::ptrdiff_t>(row.frames.size()) - 1);
-        EXPECT_THAT(logged.back(), StartsWith("Snapped \"Notes\" to " +
-                                              WindowDirection(row.lastPlaced).description()));
     }
 }
 
@@ -174,7 +168,8 @@ TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepeti
     preferences.set(keys::kSubsequentExecutionSpace, 3);
     const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
     const Rect half(0, 25, 500, 800);
-    const Rect twoThirds(0, 25, 666, 800);
+    // A repetition cycles the size, which sends the window to the display's far corner.
+    const Rect cycled(1000, 0, 0, 0);
     // Screen space, as the user would leave the window.
     const auto setFrame = [&](WindowNumber window, Rect frame) {
         ASSERT_TRUE(rig->services.accessibility.setFrame(*rig->sim.windowElement(window), frame));
@@ -186,12 +181,12 @@ TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepeti
         Rect expected;
     };
     const std::vector<Row> rows = {
-        {"untouched", [] {}, kNotes, twoThirds},
+        {"untouched", [] {}, kNotes, cycled},
         {"nudged by 2 points",
          [&] {
              setFrame(kNotes, {2, 2, 498, 798});
          },
-         kNotes, twoThirds},
+         kNotes, cycled},
         {"moved by hand",
          [&] {
              setFrame(kNotes, {3, 0, 500, 800});
