@@ -345,7 +345,12 @@ void WindowSnappingService::move(WindowMoveRequest request, std::string successM
                              completion = std::move(completion)](const WindowMoveResult& result) {
                                 if (!result) {
                                     const std::string error(description(result.error()));
-                                    logger.logger().error(prefix + error);
+                                    // A newer press took the window over: nothing went wrong.
+                                    if (result.error() == WindowMoveError::superseded) {
+                                        logger.info([&] { return error; });
+                                    } else {
+                                        logger.logger().error(prefix + error);
+                                    }
                                     if (completion) {
                                         completion(unexpected(error));
                                     }

@@ -17,6 +17,7 @@ namespace corvetta {
 namespace {
 
 using ::testing::Contains;
+using ::testing::Not;
 using ::testing::StartsWith;
 using Case = WindowDirection::Case;
 namespace keys = calculation_settings;
@@ -357,6 +358,23 @@ TEST_F(WindowSnappingServiceTest, MoverFailuresAreLoggedWithTheEntryPointsPrefix
         EXPECT_EQ(result.error(), "Window is in fullscreen mode");
         EXPECT_EQ(messages().back(), prefix + "Window is in fullscreen mode");
     }
+}
+
+TEST_F(WindowSnappingServiceTest, ANewerMoveTakesTheWindowFromAnOlderOneStillRetrying) {
+    // Like a terminal's character cells, steps of 30 points keep the half 20 points short of its
+    // target, so the snap waits to retry when the move to the next display comes.
+    const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
+    auto setup = desktop({kPrimary, twin});
+    setup.applications[0].windows[0].resizeIncrements = Size{30, 1};
+    start(std::move(setup));
+    std::optional<SnapResult> snapped;
+    rig->service.snapFrontmostWindow(Case::leftHalf, [&](const SnapResult& r) { snapped = r; });
+    const auto moved = run([](auto& s, auto done) { s.moveFrontmostWindowToNextDisplay(done); });
+    ASSERT_TRUE(moved) << moved.error();
+    EXPECT_EQ(frameOf(kNotes), Rect(1000, 25, 480, 800));
+    ASSERT_TRUE(snapped.has_value() && !snapped->has_value());
+    EXPECT_EQ(snapped->error(), "Superseded by a newer move of the window");
+    EXPECT_THAT(messages(), Not(Contains(StartsWith("Error "))));
 }
 
 TEST_F(WindowSnappingServiceTest, StoredPositionsPerformTheSameNamedAction) {
