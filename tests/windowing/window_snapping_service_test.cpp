@@ -129,13 +129,12 @@ TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
         // The window's frame after each press.
         std::vector<Rect> frames;
     };
+    // Which mode does what on how many displays is the calculation's business; here each path
+    // goes through the service once.
     const std::vector<Row> rows = {
         {0, 2, Case::leftHalf, {left, left}},
         {1, 2, Case::leftHalf, {left, leftOnRight, left}},
         {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}},
-        {1, 2, Case::topHalf, {{0, 25, 1000, 395}, {1000, 125, 800, 295}}},
-        {2, 2, Case::leftHalf, {left, leftOnRight, left}},
-        {2, 1, Case::leftHalf, {left, corner, corner}},
         {3, 2, Case::leftHalf, {left, corner, corner, corner}},
         // Bottom-aligned, a frame at the top corner reads as a Dock change to the mover, which
         // places the pressed action afresh.
