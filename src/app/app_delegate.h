@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/automation_bridge.h"
@@ -80,6 +81,8 @@ public:
     const std::string& ownBundleID() const { return ownBundleID_; }
     // "Window actions ready" and the like, for status queries.
     std::string statusMessage() const;
+    // The shortcuts the system refused: name and combination label.
+    std::vector<std::pair<std::string, std::string>> shortcutsNotRegistered();
 
     // The services, each created on first use.
     ScreenDetectionService& screenDetection();
@@ -95,6 +98,7 @@ public:
 
 private:
     void readLaunchSettings();
+    void logShortcutsNotRegistered();
     void observeNotifications();
     void observe(const char* name, void (AppDelegate::*handler)(const Notification&));
 
