@@ -6,6 +6,7 @@
 
 #include "platform/x11/x11_screens.h"
 #include "platform/x11/x11_window_list.h"
+#include "support/temporary_folder.h"
 #include "x11_test_support.h"
 
 namespace corvetta {
@@ -18,7 +19,7 @@ constexpr std::uint32_t kTerminal = 502;
 testing::VirtualDisplayOptions managedTwoMonitors() {
     testing::VirtualDisplayOptions options;
     options.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}};
-    options.withWindowManager = true;
+    options.windowManager = testing::WindowManager::openboxForTests;
     return options;
 }
 
@@ -38,11 +39,13 @@ protected:
     }
 
     testing::X11Fixture fixture{managedTwoMonitors()};
+    testing::TemporaryFolder dataDirectory;
     X11Screens screens{fixture.connection()};
     X11WindowList windowList{fixture.connection(), screens};
     X11Applications applications{
         fixture.connection(),
-        {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false}};
+        {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false},
+        {{dataDirectory / "applications"}, fixture.display().environment()}};
     xcb_window_t editorMain = 0, editorSide = 0, terminal = 0;
 };
 
@@ -118,6 +121,31 @@ TEST_F(X11ApplicationsTest, LaunchingWithoutADesktopEntryFails) {
     EXPECT_FALSE(failure) << "never before the call returns";
     fixture.queue().runUntilIdle();
     EXPECT_EQ(failure, LaunchError::Kind::notFound);
+}
+
+// The editor's entry is found by its WM_CLASS (StartupWMClass); its "new-window" action starts a
+// real client, whose window the window manager then lists.
+TEST_F(X11ApplicationsTest, DesktopActionsComeFromTheEntryTheApplicationMatches) {
+    testing::writeTestFile(dataDirectory / "applications/editor.desktop",
+                           "[Desktop Entry]\nType=Application\nName=Editor\nExec=editor %F\n"
+                           "StartupWMClass=Editor\nActions=new-window;broken;\n"
+                           "[Desktop Action new-window]\nName=New Window\nExec=" +
+                               std::string(CORVETTA_TEST_CLIENT_BINARY) +
+                               " --class Editor --title \"Second window\" %U\n"
+                               "[Desktop Action broken]\nName=Broken\nExec=editor \"\n");
+    EXPECT_EQ(applications.applicationActions(kEditor),
+              (std::vector<ApplicationAction>{{"new-window", "New Window"}, {"broken", "Broken"}}));
+    EXPECT_TRUE(applications.applicationActions(kTerminal).empty()) << "no entry of its own";
+    EXPECT_FALSE(applications.performApplicationAction(kEditor, "missing"));
+    EXPECT_FALSE(applications.performApplicationAction(kEditor, "broken"));
+    EXPECT_FALSE(applications.performApplicationAction(kTerminal, "new-window"));
+
+    ASSERT_TRUE(applications.performApplicationAction(kEditor, "new-window"));
+    ASSERT_TRUE(fixture.runUntil([&] {
+        return std::ranges::any_of(windowList.onScreenWindows(), [](const WindowListEntry& entry) {
+            return entry.title == "Second window" && entry.ownerName == "Editor";
+        });
+    }));
 }
 
 }  // namespace
