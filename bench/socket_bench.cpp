@@ -76,10 +76,17 @@ struct ServedDesktop {
     EventLoop loop{clock};
     SimulatedDesktop desktop{twoDisplays(), loop};
     WindowServices services{desktop, loop, defaults, logging};
-    AutomationMethods methods{
-        AutomationContext{desktop, loop, services.screenDetection, services.windowSnappingService,
-                          services.windowMover, logbook, logging, "Corvetta 0.1.0",
-                          "simulated benchmark desktop", [] { return std::string("Ready"); }}};
+    AutomationMethods methods{AutomationContext{desktop,
+                                                loop,
+                                                services.screenDetection,
+                                                services.windowSnappingService,
+                                                services.windowMover,
+                                                logbook,
+                                                logging,
+                                                "Corvetta 0.1.0",
+                                                "simulated benchmark desktop",
+                                                [] { return std::string("Ready"); },
+                                                {}}};
     MCPBridgeService server{folder / "mcp.sock", methods, loop, logging};
     std::thread mainThread;
 };

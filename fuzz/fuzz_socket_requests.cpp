@@ -63,10 +63,17 @@ struct MethodsOnADesktop {
     LoggingService logging{loggingDefaults, logbook};
     SimulatedDesktop desktop{fuzzDesktop(), queue};
     WindowServices services{desktop, queue, defaults, logging};
-    AutomationMethods methods{
-        AutomationContext{desktop, queue, services.screenDetection, services.windowSnappingService,
-                          services.windowMover, logbook, logging, "Corvetta 0.1.0",
-                          "simulated fuzz desktop", [] { return std::string("Ready"); }}};
+    AutomationMethods methods{AutomationContext{desktop,
+                                                queue,
+                                                services.screenDetection,
+                                                services.windowSnappingService,
+                                                services.windowMover,
+                                                logbook,
+                                                logging,
+                                                "Corvetta 0.1.0",
+                                                "simulated fuzz desktop",
+                                                [] { return std::string("Ready"); },
+                                                {}}};
 };
 
 void require(bool condition) {

@@ -98,18 +98,20 @@ PermissionManager& AppDelegate::permissionManager() {
 AutomationBridge* AppDelegate::mcpBridgeService() {
     if (!mcpBridgeService_ && environment_.socketPath) {
         mcpBridgeService_ = std::make_unique<AutomationBridge>(
-            *environment_.socketPath, AutomationContext{
-                                          .desktop = environment_.desktop,
-                                          .queue = environment_.queue,
-                                          .screenDetection = screenDetection(),
-                                          .snappingService = windowSnappingService(),
-                                          .windowMover = windowMover(),
-                                          .logbook = environment_.logbook,
-                                          .logging = environment_.logging,
-                                          .version = environment_.version,
-                                          .desktopDescription = environment_.desktopDescription,
-                                          .statusMessage = [this] { return statusMessage(); },
-                                      });
+            *environment_.socketPath,
+            AutomationContext{
+                .desktop = environment_.desktop,
+                .queue = environment_.queue,
+                .screenDetection = screenDetection(),
+                .snappingService = windowSnappingService(),
+                .windowMover = windowMover(),
+                .logbook = environment_.logbook,
+                .logging = environment_.logging,
+                .version = environment_.version,
+                .desktopDescription = environment_.desktopDescription,
+                .statusMessage = [this] { return statusMessage(); },
+                .shortcutsNotRegistered = [this] { return shortcutsNotRegistered(); },
+            });
     }
     return mcpBridgeService_.get();
 }
@@ -141,6 +143,7 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     // The observer is in place first, so the first check's change reaches the flag.
     permissionManager().start();
     shortcutService().registerAllShortcuts();
+    logShortcutsNotRegistered();
     rebuildStatusMenu();
     return LaunchResult::launched;
 }
@@ -295,6 +298,28 @@ std::string AppDelegate::shortcutLabel(std::string_view name) {
     // line.
     const auto live = shortcutServices().keyboardShortcuts.shortcut(libraryShortcutName(name));
     return live ? corvetta::shortcutLabel(ShortcutConverter::toShortcut(*live)) : "";
+}
+
+std::vector<std::pair<std::string, std::string>> AppDelegate::shortcutsNotRegistered() {
+    std::vector<std::pair<std::string, std::string>> refused;
+    for (const auto& [name, shortcut] : shortcutServices().keyboardShortcuts.notRegistered()) {
+        refused.emplace_back(name,
+                             corvetta::shortcutLabel(ShortcutConverter::toShortcut(shortcut)));
+    }
+    return refused;
+}
+
+// Once, at start, on one line: each refusal was logged as it happened, among everything else.
+void AppDelegate::logShortcutsNotRegistered() {
+    const auto refused = shortcutsNotRegistered();
+    if (refused.empty()) {
+        return;
+    }
+    std::string listed;
+    for (const auto& [name, combination] : refused) {
+        listed += (listed.empty() ? "" : ", ") + name + " (" + combination + ")";
+    }
+    logger_.warning("Shortcuts not registered, their combinations are in use: " + listed);
 }
 
 std::string AppDelegate::statusMessage() const {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/automation_bridge.h"
@@ -81,6 +82,8 @@ public:
     const std::string& ownBundleID() const { return ownBundleID_; }
     // "Window actions ready" and the like, for status queries.
     std::string statusMessage() const;
+    // The shortcuts the system refused: name and combination label.
+    std::vector<std::pair<std::string, std::string>> shortcutsNotRegistered();
 
     // The services, each created on first use.
     ScreenDetectionService& screenDetection();
@@ -96,6 +99,7 @@ public:
 
 private:
     void readLaunchSettings();
+    void logShortcutsNotRegistered();
     void observeNotifications();
     void observe(const char* name, void (AppDelegate::*handler)(const Notification&));
 

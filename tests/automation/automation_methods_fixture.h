@@ -71,10 +71,13 @@ protected:
     void startMethods(SimulatedDesktopSetup desktopSetup) {
         methods.reset();
         start(std::move(desktopSetup));
-        methods = std::make_unique<AutomationMethods>(
-            AutomationContext{rig->sim, queue, rig->services.screenDetection, rig->service,
-                              rig->services.mover, logbook, logging, "Corvetta 0.1.0",
-                              "simulated desktop test.json", [] { return std::string("Ready"); }});
+        methods = std::make_unique<AutomationMethods>(AutomationContext{
+            rig->sim, queue, rig->services.screenDetection, rig->service, rig->services.mover,
+            logbook, logging, "Corvetta 0.1.0", "simulated desktop test.json",
+            [] { return std::string("Ready"); },
+            [] {
+                return std::vector<std::pair<std::string, std::string>>{{"leftHalf", "⌃⌥←"}};
+            }});
     }
 
     // Dispatches without running the queue; the replies arrive in `replies`.
