@@ -45,10 +45,17 @@ void BM_ListWindows(benchmark::State& state) {
     LoggingService logging{loggingDefaults, logbook};
     SimulatedDesktop desktop{manyApplications(count), queue};
     WindowServices services{desktop, queue, defaults, logging};
-    AutomationMethods methods{
-        AutomationContext{desktop, queue, services.screenDetection, services.windowSnappingService,
-                          services.windowMover, logbook, logging, "Corvetta 0.1.0",
-                          "simulated benchmark desktop", [] { return std::string("Ready"); }}};
+    AutomationMethods methods{AutomationContext{desktop,
+                                                queue,
+                                                services.screenDetection,
+                                                services.windowSnappingService,
+                                                services.windowMover,
+                                                logbook,
+                                                logging,
+                                                "Corvetta 0.1.0",
+                                                "simulated benchmark desktop",
+                                                [] { return std::string("Ready"); },
+                                                {}}};
     std::size_t listed = 0;
     for (auto _ : state) {
         methods.dispatch("list_windows", Json::object(), [&](MethodOutcome outcome) {
