@@ -1,7 +1,9 @@
 // How long a snap takes on a real X server, seen from outside: the left- or right-half shortcut is
 // pressed through XTest and the clock stops once the X server has the window's outer frame where
-// the action puts it. Next to it, the same moves done the way a script would, by `xdotool key`
-// followed by `wmctrl -e`, timed from starting the commands to the same verified frame.
+// the action puts it. Next to it, in the same run, the floor: a bare client that sends the same
+// _NET_MOVERESIZE_WINDOW request itself and waits for the same frame, which is what the window
+// manager and the server cost without Corvetta; and the same moves done the way a script would, by
+// `xdotool key` followed by `wmctrl -e`, timed from starting the commands to the same frame.
 //
 //   corvetta_x11_bench [PRESSES]     (200 by default; each way, alternating left and right half)
 //
@@ -72,13 +74,37 @@ public:
         const uint32_t windowMask =
             XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &windowMask);
-        // Selected before the first press, so no change can slip by unannounced.
-        std::free(
-            xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+        const char name[] = "_NET_MOVERESIZE_WINDOW";
+        auto* atom = xcb_intern_atom_reply(
+            connection_, xcb_intern_atom(connection_, 0, sizeof name - 1, name), nullptr);
+        moveResizeAtom_ = atom ? atom->atom : xcb_atom_t{XCB_ATOM_NONE};
+        std::free(atom);
+        // Selected before the first press (the atom's round trip saw to it), so no change can
+        // slip by unannounced.
     }
     ~FrameWatch() { xcb_disconnect(connection_); }
     FrameWatch(const FrameWatch&) = delete;
     FrameWatch& operator=(const FrameWatch&) = delete;
+
+    // The request Corvetta's accessibility emulation sends for a frame: NorthWest gravity, x, y,
+    // width and height given, source 2; the size is the client's, the frame's extents left out.
+    void moveResize(uint32_t window, const XFrame& frame, int extraWidth, int extraHeight) {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = moveResizeAtom_;
+        message.data.data32[0] = 1 | (0xfu << 8) | (2u << 12);
+        message.data.data32[1] = static_cast<uint32_t>(frame.x);
+        message.data.data32[2] = static_cast<uint32_t>(frame.y);
+        message.data.data32[3] = static_cast<uint32_t>(frame.width - extraWidth);
+        message.data.data32[4] = static_cast<uint32_t>(frame.height - extraHeight);
+        const uint32_t root = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+        xcb_send_event(connection_, 0, root,
+                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&message));
+        xcb_flush(connection_);
+    }
 
     // True once `reached` holds; it is asked again after every batch of events.
     bool waitUntil(const std::function<bool()>& reached, Clock::time_point deadline) {
@@ -101,10 +127,11 @@ public:
 
 private:
     xcb_connection_t* connection_;
+    xcb_atom_t moveResizeAtom_ = XCB_ATOM_NONE;
 };
 
 struct Summary {
-    double p50 = 0, p99 = 0, mean = 0;
+    double p50 = 0, p90 = 0, p99 = 0, mean = 0;
     std::size_t count = 0;
 };
 
@@ -117,7 +144,7 @@ Summary summarize(std::vector<double> samples) {
         return samples[std::min(index, samples.size() - 1)];
     };
     return {
-        rank(0.50), rank(0.99),
+        rank(0.50), rank(0.90), rank(0.99),
         std::accumulate(samples.begin(), samples.end(), 0.0) / static_cast<double>(samples.size()),
         samples.size()};
 }
@@ -144,7 +171,7 @@ public:
     std::vector<double> measureScript() {
         return measure([&](const Half& half) {
             RunningProcess key(
-                {"xdotool", "key", "--delay", "0", std::string("ctrl+alt+") + half.keyName},
+                {"xdotool", "key", "--delay", "0", std::string("ctrl+super+") + half.keyName},
                 environment());
             key.waitForExit();
             const std::string move = "0," + std::to_string(half.frame.x) + "," +
@@ -157,10 +184,18 @@ public:
         });
     }
 
+    std::vector<double> measureFloor() {
+        return measure([&](const Half& half) {
+            watch_->moveResize(window_, half.frame, frameWidth_, frameHeight_);
+            return std::unique_ptr<RunningProcess>();
+        });
+    }
+
     std::vector<double> measureCorvetta() {
         startCorvetta();
         return measure([&](const Half& half) {
-            if (!probe_->pressKeys({XK_Control_L, XK_Alt_L, half.keysym})) {
+            // Control and Option: Control and Super on a PC keyboard.
+            if (!probe_->pressKeys({XK_Control_L, XK_Super_L, half.keysym})) {
                 throw std::runtime_error("no key for the shortcut");
             }
             return std::unique_ptr<RunningProcess>();
@@ -259,8 +294,8 @@ private:
 
     int presses_;
     TemporaryFolder root_;
-    VirtualDisplay display_{
-        {.monitors = {{0, 0, kScreenWidth, kScreenHeight}}, .withWindowManager = true}};
+    VirtualDisplay display_{{.monitors = {{0, 0, kScreenWidth, kScreenHeight}},
+                             .windowManager = WindowManager::openboxForTests}};
     std::unique_ptr<RunningProcess> client_;
     uint32_t window_ = 0;
     std::unique_ptr<XProbe> probe_;
@@ -271,23 +306,26 @@ private:
 };
 
 void printRow(const char* name, const Summary& summary) {
-    std::printf("%-34s %8.3f %8.3f %8.3f %6zu\n", name, summary.p50, summary.p99, summary.mean,
-                summary.count);
+    std::printf("%-36s %8.3f %8.3f %8.3f %8.3f %6zu\n", name, summary.p50, summary.p90, summary.p99,
+                summary.mean, summary.count);
 }
 
 int run(int presses) {
     SnapBench bench(presses);
     const Summary script = summarize(bench.measureScript());
+    const Summary floor = summarize(bench.measureFloor());
     const Summary corvetta = summarize(bench.measureCorvetta());
     const Summary readBack = summarize(bench.measureReadBack());
     std::printf(
         "Half-screen snaps on Xvfb + openbox, 1280x800, until the frame is verified (ms)\n");
-    std::printf("%-34s %8s %8s %8s %6s\n", "", "p50", "p99", "mean", "n");
-    printRow("corvetta, Ctrl+Alt+arrow by XTest", corvetta);
+    std::printf("%-36s %8s %8s %8s %8s %6s\n", "", "p50", "p90", "p99", "mean", "n");
+    printRow("corvetta, Ctrl+Super+arrow by XTest", corvetta);
+    printRow("floor: _NET_MOVERESIZE_WINDOW alone", floor);
     printRow("xdotool key + wmctrl -e", script);
     printRow("(one frame read-back alone)", readBack);
-    const bool met = corvetta.p50 < 3.0 && corvetta.p99 < 10.0;
-    std::printf("corvetta targets (p50 < 3 ms, p99 < 10 ms): %s\n", met ? "met" : "MISSED");
+    const double ratio = corvetta.p50 / floor.p50;
+    std::printf("corvetta p50 / floor p50: %.2f (target at most 1.5: %s)\n", ratio,
+                ratio <= 1.5 ? "met" : "MISSED");
     return 0;
 }
 

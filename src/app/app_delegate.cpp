@@ -14,10 +14,12 @@ AppDelegate::AppDelegate(const ProcessPlumbing& plumbing, std::function<void()> 
     : plumbing_(plumbing),
       terminate_(std::move(terminate)),
       logger_(plumbing_.logging, "AppDelegate", LogCategory::startup()),
-      services_(plumbing_, ServiceCallbacks{
-                               .quit = [this] { perform(StatusMenu::kQuitCommand); },
-                               .statusMessage = [this] { return statusMessage(); },
-                           }) {
+      services_(plumbing_,
+                ServiceCallbacks{
+                    .quit = [this] { perform(StatusMenu::kQuitCommand); },
+                    .statusMessage = [this] { return statusMessage(); },
+                    .shortcutsNotRegistered = [this] { return shortcutsNotRegistered(); },
+                }) {
     ownBundleID_ =
         plumbing_.desktop.applicationsPort().currentApplication().bundleIdentifier.value_or("");
 }
@@ -53,6 +55,7 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     // actions' keys are grabbed at all.
     services_.permissionManager.start();
     services_.shortcutService.registerAllShortcuts();
+    logShortcutsNotRegistered();
     rebuildStatusMenu();
     return LaunchResult::launched;
 }
@@ -197,6 +200,28 @@ std::string AppDelegate::shortcutLabel(std::string_view name) {
     // line.
     const auto live = services_.keyboardShortcuts.shortcut(libraryShortcutName(name));
     return live ? corvetta::shortcutLabel(ShortcutConverter::toShortcut(*live)) : "";
+}
+
+std::vector<std::pair<std::string, std::string>> AppDelegate::shortcutsNotRegistered() {
+    std::vector<std::pair<std::string, std::string>> refused;
+    for (const auto& [name, shortcut] : services_.keyboardShortcuts.notRegistered()) {
+        refused.emplace_back(name,
+                             corvetta::shortcutLabel(ShortcutConverter::toShortcut(shortcut)));
+    }
+    return refused;
+}
+
+// Once, at start, on one line: each refusal was logged as it happened, among everything else.
+void AppDelegate::logShortcutsNotRegistered() {
+    const auto refused = shortcutsNotRegistered();
+    if (refused.empty()) {
+        return;
+    }
+    std::string listed;
+    for (const auto& [name, combination] : refused) {
+        listed += (listed.empty() ? "" : ", ") + name + " (" + combination + ")";
+    }
+    logger_.warning("Shortcuts not registered, their combinations are in use: " + listed);
 }
 
 std::string AppDelegate::statusMessage() const {

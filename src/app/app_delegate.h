@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/service_root.h"
@@ -52,11 +53,14 @@ public:
     const std::string& ownBundleID() const { return ownBundleID_; }
     // "Window actions ready" and the like, for status queries.
     std::string statusMessage() const;
+    // The shortcuts the system refused: name and combination label.
+    std::vector<std::pair<std::string, std::string>> shortcutsNotRegistered();
 
     ServiceRoot& services() { return services_; }
 
 private:
     void readLaunchSettings();
+    void logShortcutsNotRegistered();
     void observeNotifications();
     void observe(const char* name, void (AppDelegate::*handler)(const Notification&));
 

@@ -53,6 +53,7 @@ AutomationContext ServiceRoot::automationContext() {
         .version = plumbing.version,
         .desktopDescription = plumbing.desktopDescription,
         .statusMessage = callbacks.statusMessage,
+        .shortcutsNotRegistered = callbacks.shortcutsNotRegistered,
     };
 }
 

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "app/permission_manager.h"
 #include "app/shortcut_service.h"
@@ -56,6 +58,10 @@ struct ServiceCallbacks {
     std::function<void()> quit = [] {};
     // "Window actions ready" and the like, for status queries.
     std::function<std::string()> statusMessage = [] { return std::string("Ready"); };
+    // The shortcuts the system refused, as name and combination label ("leftHalf", "⌃⌥←").
+    std::function<std::vector<std::pair<std::string, std::string>>()> shortcutsNotRegistered = [] {
+        return std::vector<std::pair<std::string, std::string>>{};
+    };
     // Sees the window before a snap moves it; the layout lock's, once there is one.
     WillSnapHook willSnap{};
 };

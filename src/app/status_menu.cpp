@@ -1,59 +1,21 @@
 #include "app/status_menu.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
-#include <utility>
 
 #include "windowing/action_titles.h"
+#include "windowing/window_action_rows.h"
 
 namespace corvetta {
 
-namespace {
-
-// Command names follow the menu's own vocabulary, which predates the shortcut names.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 21> kCommandsByShortcutName{{
-    {"leftHalf", "snapLeft"},
-    {"rightHalf", "snapRight"},
-    {"topHalf", "snapTopHalf"},
-    {"bottomHalf", "snapBottomHalf"},
-    {"topLeftQuarter", "snapTopLeftQuarter"},
-    {"topRightQuarter", "snapTopRightQuarter"},
-    {"bottomLeftQuarter", "snapBottomLeftQuarter"},
-    {"bottomRightQuarter", "snapBottomRightQuarter"},
-    {"leftThird", "snapLeftThird"},
-    {"centerThird", "snapCenterThird"},
-    {"rightThird", "snapRightThird"},
-    {"leftTwoThirds", "snapLeftTwoThirds"},
-    {"centerTwoThirds", "snapCenterTwoThirds"},
-    {"rightTwoThirds", "snapRightTwoThirds"},
-    {"topThird", "snapTopThird"},
-    {"centerVerticalThird", "snapCenterVerticalThird"},
-    {"bottomThird", "snapBottomThird"},
-    {"fullscreen", "snapFullscreen"},
-    {"center", "snapCenter"},
-    {"moveToPreviousDisplay", "moveWindowToPreviousDisplay"},
-    {"moveToNextDisplay", "moveWindowToNextDisplay"},
-}};
-
-}  // namespace
-
 std::optional<std::string_view> windowActionCommand(std::string_view shortcutName) {
-    for (const auto& [name, command] : kCommandsByShortcutName) {
-        if (name == shortcutName) {
-            return command;
-        }
-    }
-    return std::nullopt;
+    const WindowActionRow* row = findWindowActionByKeyName(shortcutName);
+    return row ? std::optional(row->command) : std::nullopt;
 }
 
 std::optional<std::string_view> windowActionShortcutName(std::string_view command) {
-    for (const auto& [name, candidate] : kCommandsByShortcutName) {
-        if (candidate == command) {
-            return name;
-        }
-    }
-    return std::nullopt;
+    const WindowActionRow* row = findWindowActionByCommand(command);
+    return row ? std::optional(row->keyName) : std::nullopt;
 }
 
 StatusMenu StatusMenu::build(const StatusMenuState& state, const ShortcutLabelLookup& labelFor) {

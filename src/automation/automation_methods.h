@@ -5,6 +5,8 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "automation/method_dispatcher.h"
 #include "diagnostics/logbook.h"
@@ -32,6 +34,8 @@ struct AutomationContext {
     std::string desktopDescription;
     // The status line of the application delegate.
     std::function<std::string()> statusMessage;
+    // The shortcuts the system refused, as name and combination label ("leftHalf", "⌃⌥←").
+    std::function<std::vector<std::pair<std::string, std::string>>()> shortcutsNotRegistered;
 };
 
 class MethodParams;

@@ -1,5 +1,8 @@
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <stdexcept>
+#include <variant>
 
 #include "automation/mcp_error.h"
 #include "automation/method_ax_reading.h"
@@ -19,29 +22,85 @@ constexpr Duration kPollInterval = 100ms;
 constexpr int kPollCount = 50;
 constexpr const char* kTimeoutText = "window did not appear within 5s";
 
-FoundMenuItem requireNewWindowItem(const AutomationContext& context,
-                                   const RunningApplication& application,
-                                   const std::string& bundleIdentifier) {
+// How an application is asked for a new window: its menu item where it has a menu bar (macOS),
+// else its launcher's action (a Linux desktop entry's "new-window").
+struct NewWindowWay {
+    std::variant<FoundMenuItem, ApplicationAction> how;
+    std::string menuName;
+    std::string itemTitle;
+    std::string shortcut;
+};
+
+std::string simplified(const std::string& text) {
+    std::string result;
+    for (const unsigned char c : text) {
+        if (std::isalnum(c)) {
+            result += static_cast<char>(std::tolower(c));
+        }
+    }
+    return result;
+}
+
+// The action whose identifier is "new-window" (any case, any separators), else the first one
+// named "New Window".
+std::optional<ApplicationAction> newWindowAction(const std::vector<ApplicationAction>& actions) {
+    for (const auto& action : actions) {
+        if (simplified(action.identifier) == "newwindow") {
+            return action;
+        }
+    }
+    for (const auto& action : actions) {
+        if (simplified(action.name) == "newwindow") {
+            return action;
+        }
+    }
+    return std::nullopt;
+}
+
+NewWindowWay requireNewWindowWay(const AutomationContext& context,
+                                 const RunningApplication& application,
+                                 const std::string& bundleIdentifier) {
     auto found =
         findNewWindowMenuItem(context.desktop.accessibilityPort(), application.processIdentifier);
     if (!found) {
         throw std::runtime_error(application.localizedName + ": " + found.error());
     }
-    if (!*found) {
+    if (*found) {
+        auto item = std::move(**found);
+        auto menuName = item.menuName;
+        auto itemTitle = item.itemTitle;
+        auto shortcut = item.shortcut;
+        return {std::move(item), std::move(menuName), std::move(itemTitle), std::move(shortcut)};
+    }
+    const auto action = newWindowAction(
+        context.desktop.applicationsPort().applicationActions(application.processIdentifier));
+    if (!action) {
         throw MCPError::notFound("new window menu item of '" + bundleIdentifier + "'");
     }
-    return std::move(**found);
+    return {*action, action->identifier, action->name, ""};
 }
 
-std::optional<std::size_t> windowCount(const AutomationContext& context, ProcessId application) {
+// The windows of every running copy of the application: a new window may come with a new process
+// of its own (a desktop action usually starts the program again).
+std::optional<std::size_t> windowCount(const AutomationContext& context,
+                                       const std::string& bundleIdentifier) {
     auto& accessibility = context.desktop.accessibilityPort();
-    const auto windows = readAttribute<std::vector<AXElement>>(
-        accessibility, accessibility.applicationElement(application), AXAttribute::kWindows);
-    return windows ? std::optional(windows->size()) : std::nullopt;
+    std::optional<std::size_t> total;
+    for (const auto& application : context.desktop.applicationsPort().runningApplications()) {
+        if (application.bundleIdentifier != bundleIdentifier) {
+            continue;
+        }
+        const auto windows = readAttribute<std::vector<AXElement>>(
+            accessibility, accessibility.applicationElement(application.processIdentifier),
+            AXAttribute::kWindows);
+        if (windows) {
+            total = total.value_or(0) + windows->size();
+        }
+    }
+    return total;
 }
 
 struct NewWindowWait {
-    ProcessId application = 0;
     std::string bundleIdentifier;
     std::size_t windowsBefore = 0;
     int pollsLeft = kPollCount;
@@ -54,7 +113,7 @@ void awaitNewWindow(const std::weak_ptr<const AutomationContext>& weakContext, N
     if (!context) {
         return;
     }
-    const auto count = windowCount(*context, wait.application);
+    const auto count = windowCount(*context, wait.bundleIdentifier);
     if (count && *count > wait.windowsBefore) {
         reply(Json{{"bundleID", wait.bundleIdentifier}, {"windowCount", *count}});
         return;
@@ -70,28 +129,35 @@ void awaitNewWindow(const std::weak_ptr<const AutomationContext>& weakContext, N
                                });
 }
 
-// Chooses the application's new-window menu item, the way a person would, and waits for the
-// window: pressing the item works whatever key the application binds it to.
+// Asks the way a person would, through the menu item or the launcher's action, and waits for the
+// window: that works whatever key the application binds it to.
 void openNewWindow(const SharedContext& context, const MethodParams& params, MethodReply& reply) {
     const std::string bundleIdentifier = params.requiredText(kBundleIdParam);
-    const auto application =
-        requireRunningApplication(context->desktop.applicationsPort(), bundleIdentifier);
-    const FoundMenuItem item = requireNewWindowItem(*context, application, bundleIdentifier);
-    const auto before = windowCount(*context, application.processIdentifier);
+    auto& applications = context->desktop.applicationsPort();
+    const auto application = requireRunningApplication(applications, bundleIdentifier);
+    const NewWindowWay way = requireNewWindowWay(*context, application, bundleIdentifier);
+    const auto before = windowCount(*context, bundleIdentifier);
     if (!before) {
         throw std::runtime_error("Cannot read the windows of " + application.localizedName);
     }
     // In front, the new window is the one the next snap acts on.
-    context->desktop.applicationsPort().activate(application.processIdentifier);
-    const AXErrorCode pressed =
-        context->desktop.accessibilityPort().performAction(item.item, AXAction::kPress);
-    if (pressed != AXErrorCode::success) {
-        throw std::runtime_error("Cannot press " + item.menuName + " > " + item.itemTitle + ": " +
-                                 describe(pressed));
+    applications.activate(application.processIdentifier);
+    if (const auto* item = std::get_if<FoundMenuItem>(&way.how)) {
+        const AXErrorCode pressed =
+            context->desktop.accessibilityPort().performAction(item->item, AXAction::kPress);
+        if (pressed != AXErrorCode::success) {
+            throw std::runtime_error("Cannot press " + way.menuName + " > " + way.itemTitle + ": " +
+                                     describe(pressed));
+        }
+    } else if (const auto performed = applications.performApplicationAction(
+                   application.processIdentifier, way.menuName);
+               !performed) {
+        throw std::runtime_error("Cannot perform " + way.menuName + " of " +
+                                 application.localizedName + ": " + performed.error());
     }
     methodsLogger(*context).info("Opening a new window of " + application.description() +
-                                 " through " + item.menuName + " > " + item.itemTitle);
-    awaitNewWindow(context, NewWindowWait{application.processIdentifier, bundleIdentifier, *before},
+                                 " through " + way.menuName + " > " + way.itemTitle);
+    awaitNewWindow(context, NewWindowWait{bundleIdentifier, *before},
                    std::exchange(reply, nullptr));
 }
 
@@ -99,11 +165,11 @@ Json discoverNewWindowShortcut(const AutomationContext& context, const MethodPar
     const std::string bundleIdentifier = params.requiredText(kBundleIdParam);
     const auto application =
         requireRunningApplication(context.desktop.applicationsPort(), bundleIdentifier);
-    const FoundMenuItem item = requireNewWindowItem(context, application, bundleIdentifier);
+    const NewWindowWay way = requireNewWindowWay(context, application, bundleIdentifier);
     return Json{{"bundleID", bundleIdentifier},
-                {"menuName", item.menuName},
-                {"itemTitle", item.itemTitle},
-                {"shortcut", item.shortcut.empty() ? Json(nullptr) : Json(item.shortcut)}};
+                {"menuName", way.menuName},
+                {"itemTitle", way.itemTitle},
+                {"shortcut", way.shortcut.empty() ? Json(nullptr) : Json(way.shortcut)}};
 }
 
 }  // namespace

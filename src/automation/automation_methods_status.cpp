@@ -33,9 +33,16 @@ Json getLogs(const AutomationContext& context, const MethodParams& params) {
 }
 
 Json getStatus(const AutomationContext& context) {
+    Json notRegistered = Json::array();
+    if (context.shortcutsNotRegistered) {
+        for (const auto& [name, combination] : context.shortcutsNotRegistered()) {
+            notRegistered.push_back(Json{{"name", name}, {"combination", combination}});
+        }
+    }
     return Json{{"statusMessage", context.statusMessage ? context.statusMessage() : ""},
                 {"version", context.version},
-                {"desktop", context.desktopDescription}};
+                {"desktop", context.desktopDescription},
+                {"shortcutsNotRegistered", std::move(notRegistered)}};
 }
 
 // Answers once the work queued before it has run, every window move under way has finished and

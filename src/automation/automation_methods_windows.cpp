@@ -6,21 +6,12 @@
 #include "automation/method_ax_reading.h"
 #include "automation/method_groups.h"
 #include "automation/method_support.h"
+#include "windowing/window_action_rows.h"
 #include "windowing/window_direction.h"
 
 namespace corvetta {
 
 namespace {
-
-// The stored positions a client may snap to by name.
-constexpr std::array<std::string_view, 16> kSnapPositions = {
-    "leftHalf",       "rightHalf",       "topHalf",           "bottomHalf",
-    "fullscreen",     "center",          "leftThird",         "centerThird",
-    "rightThird",     "leftTwoThirds",   "centerTwoThirds",   "rightTwoThirds",
-    "topLeftQuarter", "topRightQuarter", "bottomLeftQuarter", "bottomRightQuarter"};
-
-constexpr std::string_view kNextDisplay = "moveToNextDisplay";
-constexpr std::string_view kPreviousDisplay = "moveToPreviousDisplay";
 
 // Answers once the window has moved, with `result`, or with the move's error text.
 SnapCompletion answerWhenMoved(MethodReply& reply, Json result) {
@@ -36,11 +27,11 @@ SnapCompletion answerWhenMoved(MethodReply& reply, Json result) {
 
 void snapWindow(const AutomationContext& context, const MethodParams& params, MethodReply& reply) {
     const std::string position = params.requiredText("position");
-    if (std::find(kSnapPositions.begin(), kSnapPositions.end(), position) == kSnapPositions.end()) {
+    const WindowActionRow* row = findWindowActionByKeyName(position);
+    if (row == nullptr || !row->bySocket) {
         throw MCPError::invalidParam("Invalid position: " + position);
     }
-    const WindowDirection action =
-        context.snappingService.direction(SnapPosition(*positionTypeFromRawValue(position)));
+    const WindowDirection action = context.snappingService.direction(SnapPosition(*row->position));
     context.snappingService.snapFrontmostWindow(
         action, answerWhenMoved(reply, Json{{"position", position}}));
 }
@@ -50,9 +41,9 @@ void performAction(const AutomationContext& context, const MethodParams& params,
                    MethodReply& reply) {
     const std::string name = params.requiredText("action");
     auto& service = context.snappingService;
-    if (name == kNextDisplay || name == kPreviousDisplay) {
+    if (const WindowActionRow* row = findWindowActionByKeyName(name); row && row->displayMove) {
         auto done = answerWhenMoved(reply, Json{{"action", name}});
-        if (name == kNextDisplay) {
+        if (row->displayMove == DisplayMove::next) {
             service.moveFrontmostWindowToNextDisplay(std::move(done));
         } else {
             service.moveFrontmostWindowToPreviousDisplay(std::move(done));

@@ -7,4 +7,13 @@ std::string RunningApplication::description() const {
            std::to_string(processIdentifier) + ")";
 }
 
+std::vector<ApplicationAction> ApplicationsPort::applicationActions(ProcessId) const {
+    return {};
+}
+
+Expected<void, std::string> ApplicationsPort::performApplicationAction(
+    ProcessId, const std::string& identifier) {
+    return unexpected("this desktop has no application action " + identifier);
+}
+
 }  // namespace corvetta

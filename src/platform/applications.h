@@ -36,6 +36,15 @@ struct LaunchError {
 
 using LaunchCompletion = std::function<void(const Expected<RunningApplication, LaunchError>&)>;
 
+// Something an application's launcher offers beside starting it: on Linux a desktop action of its
+// desktop entry ("new-window" named "New Window"); macOS has none.
+struct ApplicationAction {
+    std::string identifier;
+    std::string name;
+
+    bool operator==(const ApplicationAction&) const = default;
+};
+
 // The applications port: what the shared workspace knows about running applications.
 class ApplicationsPort {
 public:
@@ -57,6 +66,12 @@ public:
     // runs on the main thread, never before this call returns.
     virtual void launchApplication(const std::string& bundleIdentifier,
                                    LaunchCompletion completion) = 0;
+    // The actions the running application's launcher offers, in its order; none where the
+    // platform has no such thing.
+    virtual std::vector<ApplicationAction> applicationActions(ProcessId process) const;
+    // Starts one of them; the error says why it could not.
+    virtual Expected<void, std::string> performApplicationAction(ProcessId process,
+                                                                 const std::string& identifier);
     // false when no such application runs.
     virtual bool activate(ProcessId process) = 0;
     virtual bool hide(ProcessId process) = 0;

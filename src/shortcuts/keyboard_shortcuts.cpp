@@ -135,4 +135,20 @@ bool KeyboardShortcuts::isRegistered(const std::string& name) const {
     return found != state_->bindings.end() && found->second.hotKey.isActive();
 }
 
+std::vector<std::pair<std::string, HotKeyShortcut>> KeyboardShortcuts::notRegistered() const {
+    std::vector<std::pair<std::string, HotKeyShortcut>> refused;
+    if (!state_->enabled) {
+        return refused;
+    }
+    for (const auto& [name, binding] : state_->bindings) {
+        if (binding.hotKey.isActive()) {
+            continue;
+        }
+        if (const auto shortcut = state_->store.shortcut(binding.name)) {
+            refused.emplace_back(name, *shortcut);
+        }
+    }
+    return refused;
+}
+
 }  // namespace corvetta

@@ -4,6 +4,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "foundation/notification_center.h"
 #include "shortcuts/hot_key_center.h"
@@ -34,6 +37,9 @@ public:
     [[nodiscard]] Registration onKeyDown(const ShortcutName& name, std::function<void()> handler);
     // Whether the name has a live hot key now.
     bool isRegistered(const std::string& name) const;
+    // The names with handlers and a combination that have no live hot key while enabled: the
+    // system refused them (another program holds the combination), in name order.
+    std::vector<std::pair<std::string, HotKeyShortcut>> notRegistered() const;
 
 private:
     struct State;

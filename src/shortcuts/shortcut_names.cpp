@@ -1,6 +1,9 @@
 #include "shortcuts/shortcut_names.h"
 
 #include <algorithm>
+#include <array>
+
+#include "windowing/window_action_rows.h"
 
 namespace corvetta {
 
@@ -8,11 +11,9 @@ namespace {
 
 constexpr std::uint64_t kControlOption = ModifierFlag::kControl | ModifierFlag::kOption;
 
-// macOS virtual key codes (ANSI layout).
+// macOS virtual key codes (ANSI layout) of the rows that are no window actions.
 namespace Key {
-constexpr std::int64_t s = 1, d = 2, f = 3, g = 5, q = 12, e = 14, r = 15, t = 17, u = 32, i = 34,
-                       returnKey = 36, l = 37, j = 38, k = 40, n = 45, leftArrow = 123,
-                       rightArrow = 124, downArrow = 125, upArrow = 126;
+constexpr std::int64_t s = 1, q = 12, l = 37, n = 45;
 }
 
 constexpr Shortcut controlOption(std::int64_t keyCode) {
@@ -33,30 +34,8 @@ constexpr ShortcutNameRow libraryOnly(std::string_view name, ShortcutRole role,
 
 using enum ShortcutRole;
 
-constexpr std::array<ShortcutNameRow, kStaticShortcutNameCount> kTable{{
-    both("leftHalf", windowAction, controlOption(Key::leftArrow)),
-    both("rightHalf", windowAction, controlOption(Key::rightArrow)),
-    both("topHalf", windowAction, controlOption(Key::upArrow)),
-    both("bottomHalf", windowAction, controlOption(Key::downArrow)),
-    both("topLeftQuarter", windowAction, controlOption(Key::u)),
-    both("topRightQuarter", windowAction, controlOption(Key::i)),
-    both("bottomLeftQuarter", windowAction, controlOption(Key::j)),
-    both("bottomRightQuarter", windowAction, controlOption(Key::k)),
-    both("leftThird", windowAction, controlOption(Key::d)),
-    both("centerThird", windowAction, controlOption(Key::f)),
-    both("rightThird", windowAction, controlOption(Key::g)),
-    both("leftTwoThirds", windowAction, controlOption(Key::e)),
-    both("centerTwoThirds", windowAction, controlOption(Key::r)),
-    both("rightTwoThirds", windowAction, controlOption(Key::t)),
-    both("topThird", windowAction, std::nullopt),
-    both("centerVerticalThird", windowAction, std::nullopt),
-    both("bottomThird", windowAction, std::nullopt),
-    both("fullscreen", windowAction, controlOption(Key::returnKey)),
-    both("center", windowAction, std::nullopt),
-    both("moveToNextDisplay", windowAction,
-         Shortcut{Key::rightArrow, kControlOption | ModifierFlag::kCommand}),
-    both("moveToPreviousDisplay", windowAction,
-         Shortcut{Key::leftArrow, kControlOption | ModifierFlag::kCommand}),
+// Every name after the window actions'.
+constexpr std::array kOtherRows = std::to_array<ShortcutNameRow>({
     both("saveWorkspace", command, controlOption(Key::s)),
     // Shift in the library default only: a fresh installation answers Control+Option+Shift+Q,
     // "reset all" gives Control+Option+Q.
@@ -75,7 +54,26 @@ constexpr std::array<ShortcutNameRow, kStaticShortcutNameCount> kTable{{
     both("applyLayoutFull", layoutPreset, std::nullopt),
     libraryOnly("temp_workspace_shortcut", recorderScratch, std::nullopt),
     libraryOnly("temp_layout_shortcut", recorderScratch, std::nullopt),
-}};
+});
+
+// The window actions first, named and bound as their table says, in the shortcut list's order.
+constexpr auto makeTable() {
+    std::array<ShortcutNameRow, kKeyedWindowActionRows.size() + kOtherRows.size()> table{};
+    std::size_t next = 0;
+    for (const auto& action : kKeyedWindowActionRows) {
+        std::optional<Shortcut> keys;
+        if (action.defaultKeys) {
+            keys = Shortcut{action.defaultKeys->keyCode, action.defaultKeys->modifiers};
+        }
+        table.at(next++) = both(action.keyName, windowAction, keys);
+    }
+    for (const auto& row : kOtherRows) {
+        table.at(next++) = row;
+    }
+    return table;
+}
+
+constexpr auto kTable = makeTable();
 
 std::string prefixed(std::string_view prefix, std::string_view identifier) {
     std::string name(prefix);
@@ -85,7 +83,7 @@ std::string prefixed(std::string_view prefix, std::string_view identifier) {
 
 }  // namespace
 
-const std::array<ShortcutNameRow, kStaticShortcutNameCount>& shortcutNameTable() {
+std::span<const ShortcutNameRow> shortcutNameTable() {
     return kTable;
 }
 

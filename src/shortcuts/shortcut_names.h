@@ -1,8 +1,8 @@
-// shortcut_names.h: The one table of static shortcut names, their roles and defaults.
+// shortcut_names.h: The static shortcut names, their roles and both defaults of each.
 #pragma once
 
-#include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,10 +38,8 @@ struct ShortcutNameRow {
     bool inNameMap = false;
 };
 
-inline constexpr std::size_t kStaticShortcutNameCount = 36;
-
-// Every static name in its fixed order.
-const std::array<ShortcutNameRow, kStaticShortcutNameCount>& shortcutNameTable();
+// Every static name in its fixed order, the window actions' first.
+std::span<const ShortcutNameRow> shortcutNameTable();
 const ShortcutNameRow* findShortcutNameRow(std::string_view name);
 // The static names with that role, in table order.
 std::vector<std::string> shortcutNames(ShortcutRole role);

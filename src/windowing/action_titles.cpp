@@ -1,50 +1,54 @@
 #include "windowing/action_titles.h"
 
+#include <array>
+
+#include "windowing/window_action_rows.h"
+
 namespace corvetta {
 
-const std::array<ActionTitle, 4>& halvesActionTitles() {
-    static constexpr std::array<ActionTitle, 4> titles{{
-        {"Left Half", "leftHalf"},
-        {"Right Half", "rightHalf"},
-        {"Top Half", "topHalf"},
-        {"Bottom Half", "bottomHalf"},
-    }};
+namespace {
+
+constexpr std::size_t groupSize(ActionGroup group) {
+    std::size_t size = 0;
+    for (const auto& row : kKeyedWindowActionRows) {
+        size += row.group == group;
+    }
+    return size;
+}
+
+// A group's rows ordered by their menu slots.
+template <ActionGroup group>
+constexpr auto titlesOf() {
+    std::array<ActionTitle, groupSize(group)> titles{};
+    for (const auto& row : kKeyedWindowActionRows) {
+        if (row.group == group) {
+            titles.at(static_cast<std::size_t>(row.slot)) = {row.title, row.keyName};
+        }
+    }
     return titles;
 }
 
-const std::array<ActionTitle, 4>& quartersActionTitles() {
-    static constexpr std::array<ActionTitle, 4> titles{{
-        {"Top Left Quarter", "topLeftQuarter"},
-        {"Top Right Quarter", "topRightQuarter"},
-        {"Bottom Left Quarter", "bottomLeftQuarter"},
-        {"Bottom Right Quarter", "bottomRightQuarter"},
-    }};
-    return titles;
+constexpr auto kHalves = titlesOf<ActionGroup::halves>();
+constexpr auto kQuarters = titlesOf<ActionGroup::quarters>();
+constexpr auto kThirds = titlesOf<ActionGroup::thirds>();
+constexpr auto kOther = titlesOf<ActionGroup::other>();
+
+}  // namespace
+
+std::span<const ActionTitle> halvesActionTitles() {
+    return kHalves;
 }
 
-const std::array<ActionTitle, 9>& thirdsActionTitles() {
-    static constexpr std::array<ActionTitle, 9> titles{{
-        {"Left Third", "leftThird"},
-        {"Center Third", "centerThird"},
-        {"Right Third", "rightThird"},
-        {"Left Two Thirds", "leftTwoThirds"},
-        {"Center Two Thirds", "centerTwoThirds"},
-        {"Right Two Thirds", "rightTwoThirds"},
-        {"Top Third", "topThird"},
-        {"Center Vertical Third", "centerVerticalThird"},
-        {"Bottom Third", "bottomThird"},
-    }};
-    return titles;
+std::span<const ActionTitle> quartersActionTitles() {
+    return kQuarters;
 }
 
-const std::array<ActionTitle, 4>& otherActionTitles() {
-    static constexpr std::array<ActionTitle, 4> titles{{
-        {"Fullscreen", "fullscreen"},
-        {"Center", "center"},
-        {"Previous Display", "moveToPreviousDisplay"},
-        {"Next Display", "moveToNextDisplay"},
-    }};
-    return titles;
+std::span<const ActionTitle> thirdsActionTitles() {
+    return kThirds;
+}
+
+std::span<const ActionTitle> otherActionTitles() {
+    return kOther;
 }
 
 }  // namespace corvetta

@@ -1,7 +1,7 @@
-// action_titles.h: The window actions' titles for menus and settings, in groups.
+// action_titles.h: The four lists of titles under which menus and settings show window actions.
 #pragma once
 
-#include <array>
+#include <span>
 #include <string_view>
 
 namespace corvetta {
@@ -15,10 +15,10 @@ struct ActionTitle {
 };
 
 // The four groups menus and settings show, each in its display order.
-const std::array<ActionTitle, 4>& halvesActionTitles();
-const std::array<ActionTitle, 4>& quartersActionTitles();
-const std::array<ActionTitle, 9>& thirdsActionTitles();
+std::span<const ActionTitle> halvesActionTitles();
+std::span<const ActionTitle> quartersActionTitles();
+std::span<const ActionTitle> thirdsActionTitles();
 // Includes the two display moves, which are shortcut commands rather than window directions.
-const std::array<ActionTitle, 4>& otherActionTitles();
+std::span<const ActionTitle> otherActionTitles();
 
 }  // namespace corvetta

@@ -17,7 +17,9 @@ double insetUnlessOnEdge(double edge, double screenEdge, double inset) {
 }  // namespace
 
 Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacing) {
-    if (!(spacing > 0)) {
+    // An empty frame (the size cycle's) has no edges to keep apart; insetting it would turn it
+    // inside out into a size no window can take.
+    if (!(spacing > 0) || frame.isEmpty()) {
         return frame;
     }
     const double half = spacing / 2;

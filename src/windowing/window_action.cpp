@@ -1,41 +1,37 @@
 #include "windowing/window_action.h"
 
+#include <algorithm>
+
+#include "windowing/window_action_rows.h"
+
 namespace corvetta {
 
-namespace {
-constexpr std::string_view kNextDisplay = "moveToNextDisplay";
-constexpr std::string_view kPreviousDisplay = "moveToPreviousDisplay";
-}  // namespace
-
 std::optional<WindowAction> WindowAction::fromShortcutName(std::string_view name) {
-    if (name == kNextDisplay) {
-        return moveToNextDisplay();
+    const WindowActionRow* row = findWindowActionByKeyName(name);
+    if (row == nullptr) {
+        // The placements without a shortcut name answer to their case name. A custom placement
+        // needs a rectangle no name can carry.
+        const auto type = directionTypeFromRawValue(name);
+        if (!type || *type == DirectionType::custom) {
+            return std::nullopt;
+        }
+        return snap(WindowDirection(*type));
     }
-    if (name == kPreviousDisplay) {
-        return moveToPreviousDisplay();
+    if (row->direction) {
+        return snap(*row->direction);
     }
-    // The shortcut list names the whole-screen action after what the user sees.
-    if (name == "fullscreen") {
-        return snap(WindowDirection::Case::maximize);
-    }
-    const auto type = directionTypeFromRawValue(name);
-    // A custom placement needs a rectangle no name can carry.
-    if (!type || *type == DirectionType::custom) {
-        return std::nullopt;
-    }
-    return snap(WindowDirection(*type));
+    return *row->displayMove == DisplayMove::next ? moveToNextDisplay() : moveToPreviousDisplay();
 }
 
 std::string_view WindowAction::name() const {
-    switch (kind_) {
-        case Kind::snap:
-            return direction_.name();
-        case Kind::moveToNextDisplay:
-            return kNextDisplay;
-        case Kind::moveToPreviousDisplay:
-            return kPreviousDisplay;
+    if (kind_ == Kind::snap) {
+        return direction_.name();
     }
-    return {};
+    const DisplayMove move =
+        kind_ == Kind::moveToNextDisplay ? DisplayMove::next : DisplayMove::previous;
+    const auto row = std::find_if(kWindowActionRows.begin(), kWindowActionRows.end(),
+                                  [&](const WindowActionRow& r) { return r.displayMove == move; });
+    return row->name;
 }
 
 void WindowAction::perform(WindowSnappingService& snapping, SnapCompletion completion) const {

@@ -19,7 +19,8 @@ struct CalculatedFrame {
     Screen screen;
     // The action really computed; a size cycle advances it past the requested one.
     WindowDirection resultingAction;
-    // Set only by the size cycle, whose zero-sized rectangle the caller must replace.
+    // Set only by the size cycle: the action it advanced from. Its rectangle is the zero-sized
+    // one at the display's far corner.
     std::optional<WindowDirection> resultingSubAction;
 };
 

@@ -1,54 +1,41 @@
 #include "windowing/window_direction.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace corvetta {
 
 namespace {
 
+#define CORVETTA_ACTION_NAME(name, ...) #name,
 // Raw values in the order of the plain companions.
 constexpr std::array<std::string_view, kDirectionTypeCount> kDirectionNames = {
-    "leftHalf",
-    "rightHalf",
-    "topHalf",
-    "bottomHalf",
-    "topLeft",
-    "topRight",
-    "bottomLeft",
-    "bottomRight",
-    "maximize",
-    "center",
-    "leftThird",
-    "centerThird",
-    "rightThird",
-    "leftTwoThirds",
-    "centerTwoThirds",
-    "rightTwoThirds",
-    "topThird",
-    "centerVerticalThird",
-    "bottomThird",
-    "topLeftQuarter",
-    "topRightQuarter",
-    "bottomLeftQuarter",
-    "bottomRightQuarter",
-    "larger",
-    "smaller",
-    "largerWidth",
-    "smallerWidth",
-    "almostMaximize",
-    "specified",
-    "custom",
+    CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_NAME, CORVETTA_ACTION_NAME,
+                            CORVETTA_ACTION_IGNORE) "custom",
 };
+#undef CORVETTA_ACTION_NAME
 
-constexpr std::array<std::string_view, kPositionTypeCount> kPositionNames = {
-    "leftHalf",           "rightHalf",       "topHalf",
-    "bottomHalf",         "fullscreen",      "center",
-    "leftThird",          "centerThird",     "rightThird",
-    "topLeftQuarter",     "topRightQuarter", "bottomLeftQuarter",
-    "bottomRightQuarter", "leftTwoThirds",   "centerTwoThirds",
-    "rightTwoThirds",     "topThird",        "centerVerticalThird",
-    "bottomThird",        "custom",
-};
+// The stored rows' ranks must number PositionType's cases 0, 1, ... without a gap or a repeat.
+constexpr std::array<std::string_view, kPositionTypeCount> makePositionNames() {
+    std::array<std::string_view, kPositionTypeCount> names{};
+#define CORVETTA_POSITION_NAME(direction, position, rank, ...) names.at(rank) = #position;
+    CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_IGNORE, CORVETTA_POSITION_NAME, CORVETTA_ACTION_IGNORE)
+#undef CORVETTA_POSITION_NAME
+    names.back() = "custom";
+    return names;
+}
+
+constexpr auto kPositionNames = makePositionNames();
+
+constexpr bool allNamed(const std::array<std::string_view, kPositionTypeCount>& names) {
+    for (const auto name : names) {
+        if (name.empty()) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(allNamed(kPositionNames), "a stored position's rank is repeated or out of range");
 
 template <class Enum, std::size_t N>
 constexpr std::array<Enum, N> enumerate() {

@@ -1,4 +1,4 @@
-// window_direction.h: The placements a window can be given, named as records store them.
+// window_direction.h: The window actions and the stored snap positions, with their names.
 #pragma once
 
 #include <array>
@@ -8,45 +8,27 @@
 #include <string_view>
 
 #include "foundation/geometry.h"
+#include "windowing/window_action_table.h"
 
 namespace corvetta {
+
+namespace window_action_detail {
+#define CORVETTA_ACTION_ONE(...) +1
+inline constexpr std::size_t kDirectionRows =
+    0 CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_ONE, CORVETTA_ACTION_ONE, CORVETTA_ACTION_IGNORE);
+inline constexpr std::size_t kStoredRows =
+    0 CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_IGNORE, CORVETTA_ACTION_ONE, CORVETTA_ACTION_IGNORE);
+#undef CORVETTA_ACTION_ONE
+}  // namespace window_action_detail
 
 // The plain companion of WindowDirection: the same cases without payload, `custom` last. Its raw
 // value (the case name) is the stored "type".
 enum class DirectionType : std::uint8_t {
-    leftHalf,
-    rightHalf,
-    topHalf,
-    bottomHalf,
-    topLeft,
-    topRight,
-    bottomLeft,
-    bottomRight,
-    maximize,
-    center,
-    leftThird,
-    centerThird,
-    rightThird,
-    leftTwoThirds,
-    centerTwoThirds,
-    rightTwoThirds,
-    topThird,
-    centerVerticalThird,
-    bottomThird,
-    topLeftQuarter,
-    topRightQuarter,
-    bottomLeftQuarter,
-    bottomRightQuarter,
-    larger,
-    smaller,
-    largerWidth,
-    smallerWidth,
-    almostMaximize,
-    specified,
-    custom,
+    CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_CASE, CORVETTA_ACTION_CASE, CORVETTA_ACTION_IGNORE)
+        custom,
 };
 
-inline constexpr std::size_t kDirectionTypeCount = 30;
+inline constexpr std::size_t kDirectionTypeCount = window_action_detail::kDirectionRows + 1;
 
 // Every case in declaration order.
 const std::array<DirectionType, kDirectionTypeCount>& allDirectionTypes();
@@ -61,35 +43,7 @@ public:
     // Declaration order, `custom` first; the calculation tables follow it.
     enum class Case : std::uint8_t {
         custom,
-        leftHalf,
-        rightHalf,
-        topHalf,
-        bottomHalf,
-        topLeft,
-        topRight,
-        bottomLeft,
-        bottomRight,
-        maximize,
-        center,
-        leftThird,
-        centerThird,
-        rightThird,
-        leftTwoThirds,
-        centerTwoThirds,
-        rightTwoThirds,
-        topThird,
-        centerVerticalThird,
-        bottomThird,
-        topLeftQuarter,
-        topRightQuarter,
-        bottomLeftQuarter,
-        bottomRightQuarter,
-        larger,
-        smaller,
-        largerWidth,
-        smallerWidth,
-        almostMaximize,
-        specified,
+        CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_CASE, CORVETTA_ACTION_CASE, CORVETTA_ACTION_IGNORE)
     };
 
     // Plain cases convert implicitly; `Case::custom` alone carries the zero rectangle.
@@ -116,35 +70,20 @@ private:
     Rect rect_;
 };
 
-inline constexpr std::size_t kWindowDirectionCaseCount = 30;
+inline constexpr std::size_t kWindowDirectionCaseCount = kDirectionTypeCount;
 // Every case in declaration order (`custom` with the zero rectangle).
 const std::array<WindowDirection::Case, kWindowDirectionCaseCount>& allWindowDirectionCases();
 
-// The plain companion of SnapPosition, `custom` last.
+// The plain companion of SnapPosition, `custom` last. Its order is its own, the ranks of the
+// table's stored rows, not the directions' order.
+#define CORVETTA_POSITION_TYPE(direction, position, rank, ...) position = rank,
 enum class PositionType : std::uint8_t {
-    leftHalf,
-    rightHalf,
-    topHalf,
-    bottomHalf,
-    fullscreen,
-    center,
-    leftThird,
-    centerThird,
-    rightThird,
-    topLeftQuarter,
-    topRightQuarter,
-    bottomLeftQuarter,
-    bottomRightQuarter,
-    leftTwoThirds,
-    centerTwoThirds,
-    rightTwoThirds,
-    topThird,
-    centerVerticalThird,
-    bottomThird,
-    custom,
+    CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_IGNORE, CORVETTA_POSITION_TYPE, CORVETTA_ACTION_IGNORE)
+        custom = window_action_detail::kStoredRows,
 };
+#undef CORVETTA_POSITION_TYPE
 
-inline constexpr std::size_t kPositionTypeCount = 20;
+inline constexpr std::size_t kPositionTypeCount = window_action_detail::kStoredRows + 1;
 
 const std::array<PositionType, kPositionTypeCount>& allPositionTypes();
 std::string_view rawValue(PositionType type);
@@ -153,38 +92,35 @@ std::optional<PositionType> positionTypeFromRawValue(std::string_view raw);
 // A stored position (layout panes, snap areas). Only `custom` carries a rectangle.
 class SnapPosition {
 public:
+    // `custom` first, then PositionType's order.
+#define CORVETTA_SNAP_POSITION_CASE(direction, position, rank, ...) position = rank + 1,
     enum class Case : std::uint8_t {
         custom,
-        leftHalf,
-        rightHalf,
-        topHalf,
-        bottomHalf,
-        fullscreen,
-        center,
-        leftThird,
-        centerThird,
-        rightThird,
-        topLeftQuarter,
-        topRightQuarter,
-        bottomLeftQuarter,
-        bottomRightQuarter,
-        leftTwoThirds,
-        centerTwoThirds,
-        rightTwoThirds,
-        topThird,
-        centerVerticalThird,
-        bottomThird,
+        CORVETTA_WINDOW_ACTIONS(CORVETTA_ACTION_IGNORE, CORVETTA_SNAP_POSITION_CASE,
+                                CORVETTA_ACTION_IGNORE)
     };
+
+#undef CORVETTA_SNAP_POSITION_CASE
 
     constexpr SnapPosition(Case c) : case_(c) {}
     explicit SnapPosition(PositionType type, Rect customRect = Rect::zero());
-    static SnapPosition custom(Rect rect) { return SnapPosition(Case::custom, rect); }
+    static SnapPosition custom(Rect rect) {
+        return SnapPosition(Case::custom, rect);
+    }
 
-    Case kind() const { return case_; }
-    bool isCustom() const { return case_ == Case::custom; }
-    const Rect& customRect() const { return rect_; }
+    Case kind() const {
+        return case_;
+    }
+    bool isCustom() const {
+        return case_ == Case::custom;
+    }
+    const Rect& customRect() const {
+        return rect_;
+    }
     PositionType type() const;
-    std::string_view name() const { return rawValue(type()); }
+    std::string_view name() const {
+        return rawValue(type());
+    }
     std::string description() const;
 
     bool operator==(const SnapPosition& other) const;
@@ -196,7 +132,7 @@ private:
     Rect rect_;
 };
 
-inline constexpr std::size_t kSnapPositionCaseCount = 20;
+inline constexpr std::size_t kSnapPositionCaseCount = kPositionTypeCount;
 const std::array<SnapPosition::Case, kSnapPositionCaseCount>& allSnapPositionCases();
 
 }  // namespace corvetta

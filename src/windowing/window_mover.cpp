@@ -42,6 +42,8 @@ std::string_view description(WindowMoveError error) {
             return "No target screen found";
         case WindowMoveError::invalidWindow:
             return "Invalid or inaccessible window";
+        case WindowMoveError::superseded:
+            return "Superseded by a newer move of the window";
     }
     return "Invalid or inaccessible window";
 }
@@ -54,6 +56,9 @@ struct WindowMover::Move {
     // The display as first chosen; its geometry is read afresh for every attempt.
     Screen screen;
     int maxAttempts = 1;
+    // The next attempt while one is waiting.
+    WorkItem retry;
+    bool finished = false;
 };
 
 WindowMover::WindowMover(AccessibilityElement& accessibilityElement,
@@ -93,6 +98,7 @@ void WindowMover::moveWindow(WindowMoveRequest request, WindowMoveCompletion com
         finish(move, unexpected(WindowMoveError::invalidWindow));
         return;
     }
+    supersedeEarlierMove(move);
     // A full-screen window owns its own space; moving it would only be undone by the system, so
     // it is refused rather than taken out of full screen behind the user's back. Windows that do
     // not report the attribute are not full screen.
@@ -124,6 +130,18 @@ void WindowMover::moveWindow(WindowMoveRequest request, WindowMoveCompletion com
     }
     move->screen = *screen;
     attempt(std::move(move), 1);
+}
+
+void WindowMover::supersedeEarlierMove(const std::shared_ptr<Move>& move) {
+    const AXElement& window = move->request.window;
+    if (const auto found = movesByWindow_.find(window); found != movesByWindow_.end()) {
+        // Its next attempt would pull the window back to where the user no longer wants it.
+        if (const auto earlier = found->second.lock(); earlier && !earlier->finished) {
+            earlier->retry.cancel();
+            finish(earlier, unexpected(WindowMoveError::superseded));
+        }
+    }
+    movesByWindow_[window] = move;
 }
 
 bool WindowMover::isInvalidElement(const AccessibilityError& error) {
@@ -175,12 +193,12 @@ void WindowMover::attempt(std::shared_ptr<Move> move, int number) {
             return "Window position verification failed on attempt " + std::to_string(number) +
                    ", retrying...";
         });
-        queue_.postDelayed(kRetryStep * number,
-                           [this, alive = std::weak_ptr<bool>(alive_), move, number] {
-                               if (alive.lock()) {
-                                   attempt(move, number + 1);
-                               }
-                           });
+        move->retry = queue_.postDelayed(kRetryStep * number,
+                                         [this, alive = std::weak_ptr<bool>(alive_), move, number] {
+                                             if (alive.lock() && !move->finished) {
+                                                 attempt(move, number + 1);
+                                             }
+                                         });
         return;
     }
 
@@ -258,8 +276,15 @@ bool WindowMover::isVerified(const Move& move, const Rect& frame, int number) co
 }
 
 void WindowMover::finish(const std::shared_ptr<Move>& move, WindowMoveResult result) {
-    if (!result) {
+    if (!result && result.error() == WindowMoveError::superseded) {
+        logger_.info([] { return "Window move superseded by a newer move of the same window"; });
+    } else if (!result) {
         logger_.logger().warning("Window move failed: " + std::string(description(result.error())));
+    }
+    move->finished = true;
+    if (const auto found = movesByWindow_.find(move->request.window);
+        found != movesByWindow_.end() && found->second.lock() == move) {
+        movesByWindow_.erase(found);
     }
     --movesUnderWay_;
     if (auto completion = std::exchange(move->completion, nullptr)) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "diagnostics/deferred_logger.h"
@@ -23,6 +24,9 @@ enum class WindowMoveError {
     verificationFailed,
     noTargetScreen,
     invalidWindow,
+    // A newer move of the same window took over before this one was verified: no failure, the
+    // window is simply no longer going here.
+    superseded,
 };
 
 // "Failed to get window information", ...
@@ -68,7 +72,8 @@ public:
     WindowMover& operator=(const WindowMover&) = delete;
 
     // The first attempt runs before this returns; the completion runs once, on the main queue,
-    // after the last attempt.
+    // after the last attempt. A move of a window whose earlier move still waits for a retry
+    // supersedes that one: its attempts stop and it completes with `superseded`.
     void moveWindow(WindowMoveRequest request, WindowMoveCompletion completion = {});
 
     // Runs `callback` on the main queue once no move is under way: at once when none is, else
@@ -79,6 +84,8 @@ public:
 private:
     struct Move;
     void attempt(std::shared_ptr<Move> move, int number);
+    // Ends the window's move under way, if any, as superseded, and makes `move` the window's.
+    void supersedeEarlierMove(const std::shared_ptr<Move>& move);
     // Follows a Dock that appeared or went away while the frame was set.
     void followDockChange(Move& move, const Rect& visibleBefore);
     bool isVerified(const Move& move, const Rect& frame, int number) const;
@@ -97,6 +104,8 @@ private:
     DeferredLogger logger_;
     std::shared_ptr<bool> alive_;
     int movesUnderWay_ = 0;
+    // The move under way for each window.
+    std::unordered_map<AXElement, std::weak_ptr<Move>> movesByWindow_;
     std::vector<std::function<void()>> idleCallbacks_;
 };
 

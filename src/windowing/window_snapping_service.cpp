@@ -9,6 +9,7 @@
 #include "windowing/calculation_settings.h"
 #include "windowing/layout_gap.h"
 #include "windowing/usable_screens.h"
+#include "windowing/window_action_rows.h"
 
 namespace corvetta {
 
@@ -206,15 +207,12 @@ void WindowSnappingService::moveFrontmostWindowToPreviousDisplay(SnapCompletion 
 
 WindowDirection WindowSnappingService::direction(const SnapPosition& position) {
     logger_.info([&] { return "Converting position " + position.description() + " to direction"; });
-    switch (position.kind()) {
-        case SnapPosition::Case::custom:
-            return WindowDirection::custom(position.customRect());
-        case SnapPosition::Case::fullscreen:
-            return WindowDirection::Case::maximize;
-        default:
-            // Every other position names the action it performs.
-            return WindowDirection(*directionTypeFromRawValue(position.name()));
+    if (position.isCustom()) {
+        return WindowDirection::custom(position.customRect());
     }
+    // The table row of the position's name holds the placement it performs: the same-named one,
+    // maximize for fullscreen.
+    return *findWindowActionByKeyName(position.name())->direction;
 }
 
 std::optional<AXElement> WindowSnappingService::focusedWindow(
@@ -278,10 +276,11 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
         defaults_, calculation_settings::kLayoutSpacing, &logger_.logger());
     const Screen& screen = calculated->screen;
     const Rect target = insetByLayoutGap(calculated->rect, screen.visibleFrame, spacing);
-    // The size the window really gets, which a cycle may have advanced past the pressed action.
+    // Where a size cycle stands, for the next repetition; the window goes where the calculation
+    // put it, and the log and the Dock handling speak of the action pressed.
     const WindowDirection& placedAction = calculated->resultingAction;
-    std::string success = "Snapped " + windowName(placed.window) + " to " +
-                          placedAction.description() + " on " + screen.description();
+    std::string success = "Snapped " + windowName(placed.window) + " to " + action.description() +
+                          " on " + screen.description();
     // The snap is remembered only once the window is verified where it was sent: a press after a
     // failed move starts afresh.
     SnapCompletion remember =
@@ -297,8 +296,8 @@ void WindowSnappingService::snap(const PlacedWindow& placed, const WindowDirecti
                 completion(result);
             }
         };
-    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(placedAction),
-                           kMoveAttempts, placedAction, spacing},
+    move(WindowMoveRequest{placed.window, target, screen, isBottomAligned(action), kMoveAttempts,
+                           action, spacing},
          std::move(success), errorPrefix, std::move(remember));
 }
 
@@ -310,19 +309,10 @@ std::optional<WindowSnappingService::CompletedSnap> WindowSnappingService::start
 std::optional<CalculatedFrame> WindowSnappingService::calculateFrame(
     const PlacedWindow& placed, const WindowDirection& action,
     const std::optional<CompletedSnap>& repeated) {
-    const TargetWindow window{placed.frame};
-    auto calculated = calculationService_.calculateWithScreen(
-        action, window, placed.screen, repeated.has_value(),
+    // Used as it comes: the size cycle's frame is the zero-sized one at the display's far corner.
+    return calculationService_.calculateWithScreen(
+        action, TargetWindow{placed.frame}, placed.screen, repeated.has_value(),
         repeated ? std::optional(repeated->placedAction) : std::nullopt);
-    if (calculated && calculated->resultingSubAction) {
-        // The size cycle names the next size but leaves its frame to us, as a zero-sized one at
-        // the display's corner: the window takes that size's plain frame on the same display.
-        // The vertical halves have no cycle and so get their own frame again.
-        const WindowDirection next = calculated->resultingAction;
-        const Screen screen = calculated->screen;
-        calculated = calculationService_.calculateWithScreen(next, window, screen, false);
-    }
-    return calculated;
 }
 
 void WindowSnappingService::moveToNeighbourDisplay(bool forward, SnapCompletion completion) {
@@ -357,7 +347,12 @@ void WindowSnappingService::move(WindowMoveRequest request, std::string successM
                              completion = std::move(completion)](const WindowMoveResult& result) {
                                 if (!result) {
                                     const std::string error(description(result.error()));
-                                    logger.logger().error(prefix + error);
+                                    // A newer press took the window over: nothing went wrong.
+                                    if (result.error() == WindowMoveError::superseded) {
+                                        logger.info([&] { return error; });
+                                    } else {
+                                        logger.logger().error(prefix + error);
+                                    }
                                     if (completion) {
                                         completion(unexpected(error));
                                     }

@@ -69,6 +69,9 @@ protected:
     void SetUp() override { startMethods(setup()); }
 
     void startMethods(SimulatedDesktopSetup desktopSetup) {
+        callbacks.shortcutsNotRegistered = [] {
+            return std::vector<std::pair<std::string, std::string>>{{"leftHalf", "⌃⌥←"}};
+        };
         start(std::move(desktopSetup));
         methods = rig->services.automationMethods.get();
     }

@@ -44,7 +44,9 @@ TEST_F(AutomationMethodsTest, ReadingMethodsDescribeTheDesktop) {
                               "appName": "editor", "bundleIdentifier": "com.example.editor"})"));
     EXPECT_EQ(result("get_status"),
               Json::parse(R"({"statusMessage": "Ready", "version": "Corvetta 0.1.0",
-                              "desktop": "simulated desktop test.json"})"));
+                              "desktop": "simulated desktop test.json",
+                              "shortcutsNotRegistered": [{"name": "leftHalf",
+                                                          "combination": "⌃⌥←"}]})"));
 
     const Json inspected = result("inspect_app_windows", {{"bundle_id", "com.example.editor"}});
     EXPECT_EQ(inspected["appName"], "editor");

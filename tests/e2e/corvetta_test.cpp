@@ -18,8 +18,9 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-const std::vector<uint32_t> kControlOption = {XK_Control_L, XK_Alt_L};
-const std::vector<uint32_t> kControlOptionCommand = {XK_Control_L, XK_Alt_L, XK_Super_L};
+// Control, Option and Command are Control, Super and Alt on a PC keyboard.
+const std::vector<uint32_t> kControlOption = {XK_Control_L, XK_Super_L};
+const std::vector<uint32_t> kControlOptionCommand = {XK_Control_L, XK_Super_L, XK_Alt_L};
 
 std::vector<uint32_t> with(std::vector<uint32_t> modifiers, uint32_t key) {
     modifiers.push_back(key);
@@ -79,17 +80,66 @@ const Snap kSnaps[] = {
     {"maximize", XK_Return, {0, 0, 1280, 800}},
 };
 
+// Under window managers in their own default configuration, whose key bindings take Control+Alt
+// with the arrows: every default shortcut registers beside them.
 TEST_F(CorvettaOnX11, HalvesThirdsQuartersAndMaximizeLandWhereTheyShould) {
-    startDesktop();
-    startCorvetta();
-    for (const auto through : {Through::hotKey, Through::socket}) {
-        for (const auto& snap : kSnaps) {
-            SCOPED_TRACE(std::string(snap.action) +
-                         (through == Through::hotKey ? " by hot key" : " by socket"));
-            const uint32_t window = act(through, with(kControlOption, snap.key), snap.action);
-            EXPECT_TRUE(near(frameOf(window), snap.frame));
-            killClient(window);
+    for (const auto manager : {WindowManager::openbox, WindowManager::metacity}) {
+        startDesktop({{0, 0, 1280, 800}}, manager);
+        startCorvetta();
+        EXPECT_THAT(request("get_status"), HasSubstr(R"("shortcutsNotRegistered":[])"));
+        for (const auto through : {Through::hotKey, Through::socket}) {
+            // How a request reaches the program does not depend on the window manager.
+            if (through == Through::socket && manager != WindowManager::openbox) {
+                continue;
+            }
+            for (const auto& snap : kSnaps) {
+                SCOPED_TRACE(std::string(snap.action) + " under " + windowManagerName(manager) +
+                             (through == Through::hotKey ? " by hot key" : " by socket"));
+                const uint32_t window = act(through, with(kControlOption, snap.key), snap.action);
+                EXPECT_TRUE(near(frameOf(window), snap.frame));
+                killClient(window);
+            }
         }
+    }
+}
+
+// A combination the window manager holds is reported, once in the log and in the status, and the
+// others work; a panel's strut is left free. Under icewm the snap goes by socket: its start-menu
+// key (Win95Keys, on by default) takes a left Super pressed after Control, and one pressed first
+// reached the hot key only some of the time with XTest's fast presses on a loaded machine.
+TEST_F(CorvettaOnX11, ShortcutsAWindowManagerHoldsAreReportedAndTheOthersWork) {
+    const struct {
+        WindowManager manager;
+        const char* notRegistered;
+        Through through;
+        uint32_t key;
+        const char* action;
+        XFrame frame;
+    } cases[] = {
+        {WindowManager::fluxbox,
+         R"("shortcutsNotRegistered":[{"name":"leftHalf","combination":"⌃⌥←"},)"
+         R"({"name":"rightHalf","combination":"⌃⌥→"}])",
+         Through::hotKey,
+         XK_Up,
+         "topHalf",
+         {0, 0, 1280, 390}},
+        {WindowManager::icewm,
+         R"("shortcutsNotRegistered":[])",
+         Through::socket,
+         XK_Left,
+         "leftHalf",
+         {0, 0, 640, 774}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(windowManagerName(c.manager));
+        startDesktop({{0, 0, 1280, 800}}, c.manager);
+        startCorvetta();
+        EXPECT_THAT(request("get_status"), HasSubstr(c.notRegistered));
+        EXPECT_EQ(corvettaSaid("Shortcuts not registered, their combinations are in use: "
+                               "leftHalf (⌃⌥←), rightHalf (⌃⌥→)"),
+                  c.manager == WindowManager::fluxbox);
+        const uint32_t window = act(c.through, with(kControlOption, c.key), c.action);
+        EXPECT_TRUE(near(frameOf(window), c.frame));
     }
 }
 
@@ -149,25 +199,20 @@ TEST_F(CorvettaOnX11, NextAndPreviousDisplayCycleThroughEveryMonitor) {
     }
 }
 
-TEST_F(CorvettaOnX11, AWindowThatRefusesASizeKeepsItAndTheProgramGoesOn) {
+// Windows that do not end where they were asked, or are gone, leave the program working: a fixed
+// size, a terminal's character cells, a window that vanished before its move.
+TEST_F(CorvettaOnX11, WindowsThatCannotTakeTheFrameOrVanishedLeaveTheProgramWorking) {
     startDesktop();
     startCorvetta();
-    const uint32_t window = startClient({"--geometry", "400x300+200+150", "--fixed-size"});
-    ASSERT_TRUE(x().activate(window));
+    const uint32_t fixed = startClient({"--geometry", "400x300+200+150", "--fixed-size"});
+    ASSERT_TRUE(x().activate(fixed));
     request("perform_action", R"({"action":"leftHalf"})");
     sync();
     // Openbox draws no resize handle on a window that cannot be resized: 1 point at the bottom.
-    const XFrame frame = frameOf(window);
-    EXPECT_EQ(frame.width, 402);
-    EXPECT_EQ(frame.height, 321);
+    EXPECT_EQ(frameOf(fixed).width, 402);
+    EXPECT_EQ(frameOf(fixed).height, 321);
+    killClient(fixed);
 
-    const uint32_t other = act(Through::hotKey, with(kControlOption, XK_Right), "rightHalf");
-    EXPECT_TRUE(near(frameOf(other), {640, 0, 640, 800}));
-}
-
-TEST_F(CorvettaOnX11, ATerminalSnapsInWholeCharacterCells) {
-    startDesktop();
-    startCorvetta();
     const uint32_t terminal = startXterm("corvetta-e2e-terminal");
     ASSERT_NE(terminal, 0u);
     const auto steps = x().resizeSteps(terminal);
@@ -186,19 +231,36 @@ TEST_F(CorvettaOnX11, ATerminalSnapsInWholeCharacterCells) {
         EXPECT_GT(frame.height, 800 - steps->height);
         EXPECT_LE(frame.height, 800);
     }
-}
+    killClient(terminal);
 
-TEST_F(CorvettaOnX11, AVanishedWindowIsAnErrorNotACrash) {
-    startDesktop();
-    startCorvetta();
-    const uint32_t window = startClient({"--geometry", "400x300+200+150"});
-    ASSERT_TRUE(x().activate(window));
-    killClient(window);
+    const uint32_t vanishing = startClient({"--geometry", "400x300+200+150"});
+    ASSERT_TRUE(x().activate(vanishing));
+    killClient(vanishing);
     EXPECT_THAT(request("perform_action", R"({"action":"leftHalf"})"), HasSubstr("error"));
     sync();
 
     const uint32_t next = act(Through::hotKey, with(kControlOption, XK_Left), "leftHalf");
     EXPECT_TRUE(near(frameOf(next), {0, 0, 640, 800}));
+}
+
+// An X application has no menu bar: its desktop entry's "new-window" action opens the window.
+TEST_F(CorvettaOnX11, ANewWindowComesFromTheDesktopEntrysAction) {
+    startDesktop();
+    writeTestFile(dataHome() / "applications" / "probe.desktop",
+                  "[Desktop Entry]\nType=Application\nName=Probe\nExec=probe\n"
+                  "StartupWMClass=CorvettaProbe\nActions=new-window;\n"
+                  "[Desktop Action new-window]\nName=New Window\nExec=" +
+                      std::string(CORVETTA_TEST_CLIENT_BINARY) +
+                      " --class CorvettaProbe --title Second\n");
+    startCorvetta();
+    startClient({"--class", "CorvettaProbe", "--title", "First"});
+    EXPECT_THAT(request("discover_new_window_shortcut", R"({"bundle_id":"CorvettaProbe"})"),
+                HasSubstr(R"("menuName":"new-window","itemTitle":"New Window","shortcut":null)"));
+    EXPECT_THAT(request("open_new_window", R"({"bundle_id":"CorvettaProbe"})"),
+                HasSubstr(R"({"bundleID":"CorvettaProbe","windowCount":2})"));
+    EXPECT_TRUE(x().waitForWindowTitled("Second"));
+    EXPECT_THAT(request("open_new_window", R"({"bundle_id":"xterm"})"),
+                HasSubstr("Not found: running app 'xterm'"));
 }
 
 }  // namespace

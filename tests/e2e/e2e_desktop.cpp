@@ -6,7 +6,7 @@
 
 namespace corvetta::testing {
 
-void E2eDesktop::startDesktop(std::vector<VirtualMonitor> monitors) {
+void E2eDesktop::startDesktop(std::vector<VirtualMonitor> monitors, WindowManager windowManager) {
     // A test may build several desktops in turn; the old one goes down in order.
     socket_.reset();
     corvetta_.reset();
@@ -14,7 +14,7 @@ void E2eDesktop::startDesktop(std::vector<VirtualMonitor> monitors) {
     probe_.reset();
     display_.reset();
     display_ = std::make_unique<VirtualDisplay>(
-        VirtualDisplayOptions{.monitors = std::move(monitors), .withWindowManager = true});
+        VirtualDisplayOptions{.monitors = std::move(monitors), .windowManager = windowManager});
     probe_ = std::make_unique<XProbe>(display_->displayName());
 }
 
@@ -92,6 +92,10 @@ std::string E2eDesktop::request(const std::string& method, const std::string& pa
 void E2eDesktop::sync() {
     const std::string answer = request("sync");
     EXPECT_EQ(answer, R"({"id":")" + std::to_string(requests_) + R"(","result":{}})");
+}
+
+bool E2eDesktop::corvettaSaid(const std::string& text) {
+    return corvetta_ && corvetta_->waitForError(text, std::chrono::seconds(0));
 }
 
 XFrame E2eDesktop::frameOf(uint32_t window) {

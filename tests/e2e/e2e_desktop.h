@@ -5,6 +5,7 @@
 // and the real program driven through key presses and its automation socket.
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -23,9 +24,11 @@ namespace corvetta::testing {
 
 class E2eDesktop : public ::testing::Test {
 protected:
-    // Xvfb with these monitors and openbox, managing before this returns; replaces the desktop
-    // (and everything on it) a previous call built.
-    void startDesktop(std::vector<VirtualMonitor> monitors = {{0, 0, 1280, 800}});
+    // Xvfb with these monitors and the window manager (openbox without key bindings unless told),
+    // managing before this returns; replaces the desktop (and everything on it) a previous call
+    // built.
+    void startDesktop(std::vector<VirtualMonitor> monitors = {{0, 0, 1280, 800}},
+                      WindowManager windowManager = WindowManager::openboxForTests);
 
     // corvetta-test-client with `arguments` (see tests/e2e/test_client.cpp); its window once the
     // window manager has framed and mapped it, or 0 (with a test failure).
@@ -43,6 +46,8 @@ protected:
     std::string request(const std::string& method, const std::string& params = "");
     // "sync": every move under way has ended and the program has caught up with the server.
     void sync();
+    // Whether the program wrote `text` on its standard error by now.
+    bool corvettaSaid(const std::string& text);
 
     // The window's outer frame as the X server has it.
     XFrame frameOf(uint32_t window);
@@ -51,6 +56,8 @@ protected:
     XProbe& x() { return *probe_; }
     // Isolated HOME and XDG folders in this test's folder, DISPLAY on the virtual display.
     std::vector<std::string> environment() const;
+    // XDG_DATA_HOME of that environment.
+    std::filesystem::path dataHome() const { return root_ / "data"; }
 
 private:
     TemporaryFolder root_;

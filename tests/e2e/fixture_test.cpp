@@ -17,17 +17,6 @@ using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-TEST_F(E2eDesktop, RandRListsEveryMonitorDefined) {
-    startDesktop({{0, 0, 1280, 800}, {1280, 0, 1024, 768}, {0, 800, 800, 600}});
-    RunningProcess xrandr({"xrandr", "--listmonitors"}, environment());
-    ASSERT_EQ(xrandr.waitForExit(), 0) << xrandr.errors();
-    EXPECT_THAT(xrandr.output(), HasSubstr("Monitors: 3"));
-    for (const char* geometry :
-         {"1280/339x800/212+0+0", "1024/271x768/203+1280+0", "800/212x600/159+0+800"}) {
-        EXPECT_THAT(xrandr.output(), HasSubstr(geometry));
-    }
-}
-
 TEST_F(E2eDesktop, TheWindowManagerFramesAClientWhereItAsked) {
     startDesktop({{0, 0, 1280, 800}, {1280, 0, 1280, 800}});
     const uint32_t first = startClient({"--title", "First", "--geometry", "400x300+200+150"});

@@ -55,6 +55,17 @@ TEST_F(HotKeysTest, TakenCombinationIsLoggedAndTheOthersStillWork) {
     EXPECT_FALSE(system().pressHotKey(kLeftArrow, kControlOption));
     EXPECT_TRUE(system().pressHotKey(kRightArrow, kControlOption));
     EXPECT_EQ(presses, (std::vector<std::string>{"rightHalf"}));
+
+    // Reported while it is wanted and enabled, for the status to show.
+    using Refused = std::vector<std::pair<std::string, HotKeyShortcut>>;
+    EXPECT_EQ(
+        s().keyboardShortcuts.notRegistered(),
+        (Refused{{"leftHalf", {kLeftArrow, CarbonModifier::kControl | CarbonModifier::kOption}}}));
+    s().keyboardShortcuts.setEnabled(false);
+    EXPECT_TRUE(s().keyboardShortcuts.notRegistered().empty());
+    s().keyboardShortcuts.setEnabled(true);
+    s().shortcutBridge.unregisterShortcut("leftHalf");
+    EXPECT_TRUE(s().keyboardShortcuts.notRegistered().empty());
 }
 
 TEST_F(HotKeysTest, UnregisteringAndDisablingStopDispatch) {

@@ -104,7 +104,39 @@ struct ConnectionCloser {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
 
+// In the isolated HOME each starts with the configuration its package installs. xfwm4 reads its
+// key bindings through xfconf, which needs a session bus of its own.
+std::vector<std::string> windowManagerCommand(WindowManager windowManager) {
+    switch (windowManager) {
+        case WindowManager::openboxForTests:
+            return {"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG};
+        case WindowManager::xfwm4:
+            return {"dbus-run-session", "--", "xfwm4"};
+        default:
+            return {windowManagerName(windowManager)};
+    }
+}
+
 }  // namespace
+
+std::string windowManagerName(WindowManager windowManager) {
+    switch (windowManager) {
+        case WindowManager::none:
+            return "none";
+        case WindowManager::openboxForTests:
+        case WindowManager::openbox:
+            return "openbox";
+        case WindowManager::metacity:
+            return "metacity";
+        case WindowManager::icewm:
+            return "icewm";
+        case WindowManager::fluxbox:
+            return "fluxbox";
+        case WindowManager::xfwm4:
+            return "xfwm4";
+    }
+    return "unknown";
+}
 
 VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
     : options_(std::move(options)), scratch_(std::make_unique<TemporaryFolder>()) {
@@ -114,7 +146,7 @@ VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
     }
     startServer();
     defineMonitors();
-    if (options_.withWindowManager) {
+    if (options_.windowManager != WindowManager::none) {
         startWindowManager();
     }
 }
@@ -198,10 +230,14 @@ void VirtualDisplay::defineMonitors() {
 }
 
 void VirtualDisplay::startWindowManager() {
-    windowManager_ = spawn({"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG},
+    // Fluxbox writes its configuration into HOME on its first start, and without a HOME to write
+    // into it runs with no key bindings at all.
+    std::error_code error;
+    std::filesystem::create_directories(scratch_->path() / "home", error);
+    windowManager_ = spawn(windowManagerCommand(options_.windowManager),
                            environment(isolatedEnvironment(scratch_->path())), logPath_);
     if (windowManager_ <= 0) {
-        fail("could not start openbox");
+        fail("could not start " + windowManagerName(options_.windowManager));
     }
     waitUntilManaged();
 }
@@ -210,7 +246,8 @@ void VirtualDisplay::startWindowManager() {
 // before anything manages them. Openbox publishes them before its start is over, though, and a map
 // request that reaches it late in its start sits unread until something else arrives: so a probe
 // window is mapped (and mapped again after a short while without an answer, which is that
-// something) until openbox frames it, then destroyed; after that it handles requests as they come.
+// something) until the window manager frames it, then destroyed; after that it handles requests
+// as they come.
 void VirtualDisplay::waitUntilManaged() {
     // The connection stays open while the display runs: a client connecting after it closed
     // would be given the same window ids, and openbox was seen to confuse a new window with the
@@ -255,11 +292,13 @@ void VirtualDisplay::waitUntilManaged() {
         const int ready = poll(polled, windowManagerDescriptor >= 0 ? 2 : 1,
                                std::min(patience, millisecondsUntil(deadline)));
         if (ready > 0 && windowManagerDescriptor >= 0 && polled[1].revents) {
-            problem = "openbox ended before managing the screen";
+            problem =
+                windowManagerName(options_.windowManager) + " ended before managing the screen";
         } else if (xcb_connection_has_error(c)) {
             problem = "lost the connection to " + displayName_;
         } else if (ready == 0 && Clock::now() >= deadline) {
-            problem = "openbox did not manage the screen in time";
+            problem =
+                windowManagerName(options_.windowManager) + " did not manage the screen in time";
         }
         if (auto* event = xcb_poll_for_event(c)) {
             free(event);

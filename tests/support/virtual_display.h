@@ -22,11 +22,17 @@ struct VirtualMonitor {
     int x = 0, y = 0, width = 0, height = 0;
 };
 
+// The window managers Debian ships, each in its own default configuration (what a user who installs
+// it gets), except `openboxForTests`: openbox with tests/e2e/openbox-rc.xml, which binds no keys.
+enum class WindowManager { none, openboxForTests, openbox, metacity, icewm, fluxbox, xfwm4 };
+
+// "openbox", "metacity", ...; for messages and test names.
+std::string windowManagerName(WindowManager windowManager);
+
 struct VirtualDisplayOptions {
     // The screen is their bounding box; the first one is listed first by RandR.
     std::vector<VirtualMonitor> monitors = {{0, 0, 1280, 800}};
-    // Openbox with tests/e2e/openbox-rc.xml, which binds no keys.
-    bool withWindowManager = false;
+    WindowManager windowManager = WindowManager::none;
 };
 
 // Starts Xvfb on a free display number, defines the monitors through RandR before any other client
@@ -49,7 +55,7 @@ public:
     // This process's environment, pointed here.
     std::vector<std::string> environment() const;
 
-    // What Xvfb, xrandr and openbox printed so far; for failure messages.
+    // What Xvfb, xrandr and the window manager printed so far; for failure messages.
     std::string serverOutput() const;
 
     // Generous: sanitizer builds start slowly and ctest runs many servers at once.

@@ -32,6 +32,8 @@ TEST(LayoutGapTest, InsetsOnlyTheEdgesInsideTheVisibleFrame) {
         {{300, 250, 400, 300}, 500, {300, 250, 400, 300}},
         {{300, 250, 400, 300}, 350, {475, 250, 50, 300}},
         {{0, 250, 400, 300}, 500, {0, 250, 150, 300}},
+        // An empty frame stays as it is rather than turning inside out.
+        {{1000, 825, 0, 0}, 10, {1000, 825, 0, 0}},
     };
     for (const auto& [frame, spacing, expected] : rows) {
         EXPECT_EQ(insetByLayoutGap(frame, kVisible, spacing), expected)

@@ -16,11 +16,11 @@ namespace corvetta::testing_support {
 struct SnappingRig {
     SnappingRig(SimulatedDesktopSetup setup, ManualQueue& queue, Preferences& defaults,
                 NotificationCenter& notifications, Logbook& logbook, LoggingService& logging,
-                WillSnapHook willSnap)
+                ServiceCallbacks callbacks)
         : sim(std::move(setup), queue),
           services(ProcessPlumbing{sim, queue, defaults, notifications, logbook, logging,
                                    std::nullopt, "Corvetta 0.1.0", "simulated desktop test.json"},
-                   ServiceCallbacks{.willSnap = std::move(willSnap)}),
+                   std::move(callbacks)),
           service(services.windowSnappingService) {}
 
     SimulatedDesktop sim;
@@ -33,8 +33,10 @@ protected:
     // Settings the calculations read when built must be stored before this.
     SnappingRig& start(SimulatedDesktopSetup setup, WillSnapHook willSnap = {}) {
         rig.reset();
+        auto withHook = callbacks;
+        withHook.willSnap = std::move(willSnap);
         rig = std::make_unique<SnappingRig>(std::move(setup), queue, preferences, notifications,
-                                            logbook, logging, std::move(willSnap));
+                                            logbook, logging, std::move(withHook));
         return *rig;
     }
 
@@ -55,6 +57,8 @@ protected:
     std::optional<Rect> frameOf(WindowNumber window) const { return rig->sim.windowFrame(window); }
 
     ManualQueue queue{clock};
+    // What the services ask of the program; the snap hook is given to `start`.
+    ServiceCallbacks callbacks;
     std::unique_ptr<SnappingRig> rig;
 };
 

@@ -135,9 +135,8 @@ TEST(ActionTitlesTest, FourGroupsInDisplayOrderNamingStoredPositions) {
                                                            "Previous Display=moveToPreviousDisplay",
                                                            "Next Display=moveToNextDisplay"));
     // Every row but the display moves names a snap position, so that a menu row can be stored.
-    for (const auto* group :
-         {&halvesActionTitles(), &quartersActionTitles(), &otherActionTitles()}) {
-        for (const auto& row : *group) {
+    for (const auto group : {halvesActionTitles(), quartersActionTitles(), otherActionTitles()}) {
+        for (const auto& row : group) {
             EXPECT_EQ(positionTypeFromRawValue(row.keyName).has_value(),
                       !row.keyName.starts_with("moveTo"))
                 << row.keyName;

@@ -180,6 +180,39 @@ TEST_F(WindowMoverTest, BottomTargetFollowsADockThatHidesDuringTheMove) {
     EXPECT_THAT(moverLog(), Not(Contains("Recalculating with direction: bottomHalf")));
 }
 
+TEST_F(WindowMoverTest, ANewerMoveOfTheWindowSupersedesTheRetriesOfTheOlder) {
+    // Steps of 30 points keep the window 20 short of an 800-wide target, so every attempt of the
+    // first move fails; a 600-wide one fits the steps.
+    startDesktop({{.number = 1, .frame = kStart, .resizeIncrements = Size{30, 1}}});
+    std::vector<WindowMoveResult> first, second;
+    services->windowMover.moveWindow(request(), [&](const auto& r) { first.push_back(r); });
+    // At once, while the first move's retry waits.
+    const Rect later(1600, 100, 600, 400);
+    services->windowMover.moveWindow(request(later), [&](const auto& r) { second.push_back(r); });
+    queue.advance(2s);
+    ASSERT_EQ(first.size(), 1u);
+    ASSERT_FALSE(first[0]);
+    EXPECT_EQ(first[0].error(), WindowMoveError::superseded);
+    ASSERT_EQ(second.size(), 1u);
+    ASSERT_TRUE(second[0]);
+    EXPECT_EQ(desktop->windowFrame(1), accessibilityFrameOf(later));
+    // The first move's retries never ran to pull the window back.
+    EXPECT_EQ(attemptTimes(), (std::vector<Duration>{0ms, 0ms}));
+    EXPECT_THAT(moverLog(), Not(Contains("Window move failed: Failed to verify window position "
+                                         "after move")));
+
+    // Moves of different windows leave each other alone.
+    startDesktop({{.number = 1, .frame = kStart, .applyDelay = 30ms},
+                  {.number = 2, .frame = kStart, .applyDelay = 30ms}});
+    std::optional<WindowMoveResult> one, two;
+    services->windowMover.moveWindow(request(), [&](const auto& r) { one = r; });
+    auto other = request();
+    other.window = element(2);
+    services->windowMover.moveWindow(other, [&](const auto& r) { two = r; });
+    queue.advance(1s);
+    EXPECT_TRUE(one.value() && two.value());
+}
+
 TEST_F(WindowMoverTest, MovesEndEarlyWhenTheWindowOrTheDisplaysGoAway) {
     startDesktop({{.number = 1, .frame = kStart, .applyDelay = 70ms}});
     std::optional<WindowMoveResult> closed;

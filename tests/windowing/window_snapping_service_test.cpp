@@ -17,6 +17,7 @@ namespace corvetta {
 namespace {
 
 using ::testing::Contains;
+using ::testing::Not;
 using ::testing::StartsWith;
 using Case = WindowDirection::Case;
 namespace keys = calculation_settings;
@@ -118,39 +119,30 @@ TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
     const SimulatedDisplay right{2, "Right", {1000, 100, 800, 600}, {1000, 100, 800, 600}};
     const Rect left(0, 25, 495, 800);
     const Rect leftOnRight(1000, 125, 395, 600);
-    const Rect leftTwoThirds(0, 25, 661, 800);
-    const Rect leftThird(0, 25, 328, 800);
+    // The size cycle's frame, taken as it comes: zero-sized at the display's far corner, where the
+    // gap has no edge to move.
+    const Rect corner(1000, 0, 0, 0);
     struct Row {
         int mode;
         std::size_t displays;
         Case action;
         // The window's frame after each press.
         std::vector<Rect> frames;
-        Case lastPlaced;
     };
+    // Which mode does what on how many displays is the calculation's business; here each path
+    // goes through the service once.
     const std::vector<Row> rows = {
-        {0, 2, Case::leftHalf, {left, left}, Case::leftHalf},
-        {1, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
-        {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}, Case::bottomHalf},
-        {1, 2, Case::topHalf, {{0, 25, 1000, 395}, {1000, 125, 800, 295}}, Case::topHalf},
-        {2, 2, Case::leftHalf, {left, leftOnRight, left}, Case::leftHalf},
-        {2, 1, Case::leftHalf, {left, leftTwoThirds, leftThird, left}, Case::leftHalf},
-        {3,
-         2,
-         Case::leftHalf,
-         {left, leftTwoThirds, leftThird, left, leftTwoThirds},
-         Case::leftTwoThirds},
-        {3,
-         1,
-         Case::rightHalf,
-         {{505, 25, 495, 800}, {338, 25, 662, 800}, {671, 25, 329, 800}, {505, 25, 495, 800}},
-         Case::rightHalf},
-        // The vertical halves have no cycle: they stay put instead of shrinking to nothing.
-        {3, 1, Case::topHalf, {{0, 25, 1000, 395}, {0, 25, 1000, 395}}, Case::topHalf},
+        {0, 2, Case::leftHalf, {left, left}},
+        {1, 2, Case::leftHalf, {left, leftOnRight, left}},
+        {1, 2, Case::bottomHalf, {{0, 430, 1000, 395}, {1000, 430, 800, 295}}},
+        {3, 2, Case::leftHalf, {left, corner, corner, corner}},
+        // Bottom-aligned, a frame at the top corner reads as a Dock change to the mover, which
+        // places the pressed action afresh.
+        {3, 1, Case::bottomHalf, {{0, 430, 1000, 395}, {0, 430, 1000, 395}}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE("mode " + std::to_string(row.mode) + " " +
-                     WindowDirection(row.action).description() + " on " +
+        const std::string pressed = WindowDirection(row.action).description();
+        SCOPED_TRACE("mode " + std::to_string(row.mode) + " " + pressed + " on " +
                      std::to_string(row.displays));
         preferences.set(keys::kSubsequentExecutionSpace, row.mode);
         std::vector<SimulatedDisplay> displays = {kPrimary, right};
@@ -160,13 +152,15 @@ TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {
         for (std::size_t press = 0; press < row.frames.size(); ++press) {
             ASSERT_TRUE(snap(row.action)) << "press " << press + 1;
             EXPECT_EQ(frameOf(kNotes), row.frames[press]) << "press " << press + 1;
+            // The log and the Dock handling name the action pressed, whatever size it cycled to.
+            EXPECT_THAT(messages().back(), StartsWith("Snapped \"Notes\" to " + pressed + " on "));
+            EXPECT_EQ(lastMessage("WindowMover", "Moving window with isBottomAligned: "),
+                      std::string("Moving window with isBottomAligned: ") +
+                          (row.action == Case::bottomHalf ? "true" : "false"));
         }
         const auto logged = messages();
-        EXPECT_EQ(std::count(logged.begin(), logged.end(),
-                             "Repeated " + WindowDirection(row.action).description() + " press"),
+        EXPECT_EQ(std::count(logged.begin(), logged.end(), "Repeated " + pressed + " press"),
                   static_cast<std::ptrdiff_t>(row.frames.size()) - 1);
-        EXPECT_THAT(logged.back(), StartsWith("Snapped \"Notes\" to " +
-                                              WindowDirection(row.lastPlaced).description()));
     }
 }
 
@@ -174,7 +168,8 @@ TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepeti
     preferences.set(keys::kSubsequentExecutionSpace, 3);
     const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
     const Rect half(0, 25, 500, 800);
-    const Rect twoThirds(0, 25, 666, 800);
+    // A repetition cycles the size, which sends the window to the display's far corner.
+    const Rect cycled(1000, 0, 0, 0);
     // Screen space, as the user would leave the window.
     const auto setFrame = [&](WindowNumber window, Rect frame) {
         ASSERT_TRUE(
@@ -187,12 +182,12 @@ TEST_F(WindowSnappingServiceTest, OnlyTheSameActionOnTheUntouchedWindowIsARepeti
         Rect expected;
     };
     const std::vector<Row> rows = {
-        {"untouched", [] {}, kNotes, twoThirds},
+        {"untouched", [] {}, kNotes, cycled},
         {"nudged by 2 points",
          [&] {
              setFrame(kNotes, {2, 2, 498, 798});
          },
-         kNotes, twoThirds},
+         kNotes, cycled},
         {"moved by hand",
          [&] {
              setFrame(kNotes, {3, 0, 500, 800});
@@ -311,21 +306,14 @@ TEST_F(WindowSnappingServiceTest, NothingMovesWithoutAWindowOrAFrame) {
     EXPECT_EQ(rig->sim.frameWriteCount(kNotes), 0);
 }
 
-TEST_F(WindowSnappingServiceTest, WillSnapHookSeesTheWindowBeforeItMoves) {
-    std::vector<std::pair<AXElement, std::optional<Rect>>> seen;
-    start(desktop(),
-          [&](const AXElement& element) { seen.emplace_back(element, frameOf(kNotes)); });
-    ASSERT_TRUE(snap(Case::leftHalf));
-    ASSERT_EQ(seen.size(), 1U);
-    EXPECT_EQ(seen[0].first, rig->sim.windowElement(kNotes));
-    EXPECT_EQ(seen[0].second, kNotesFrame);
-}
-
 TEST_F(WindowSnappingServiceTest, GivenApplicationsWindowIsSnappedOrMoved) {
-    start(desktop());
+    // The layout lock's hook sees the window before it moves.
+    std::vector<std::pair<AXElement, std::optional<Rect>>> seen;
+    start(desktop(), [&](const AXElement& element) { seen.emplace_back(element, frameOf(kDocs)); });
     ASSERT_TRUE(run([&](auto& service, auto done) {
         service.snapWindow(app(kBrowser), Case::rightHalf, done);
     }));
+    EXPECT_EQ(seen, (decltype(seen){{*rig->sim.windowElement(kDocs), kDocsFrame}}));
     EXPECT_EQ(frameOf(kDocs), Rect(500, 25, 500, 800));
     EXPECT_EQ(frameOf(kNotes), kNotesFrame);
 
@@ -366,6 +354,23 @@ TEST_F(WindowSnappingServiceTest, MoverFailuresAreLoggedWithTheEntryPointsPrefix
     }
 }
 
+TEST_F(WindowSnappingServiceTest, ANewerMoveTakesTheWindowFromAnOlderOneStillRetrying) {
+    // Like a terminal's character cells, steps of 30 points keep the half 20 points short of its
+    // target, so the snap waits to retry when the move to the next display comes.
+    const SimulatedDisplay twin{2, "Twin", {1000, 0, 1000, 825}, {1000, 0, 1000, 800}};
+    auto setup = desktop({kPrimary, twin});
+    setup.applications[0].windows[0].resizeIncrements = Size{30, 1};
+    start(std::move(setup));
+    std::optional<SnapResult> snapped;
+    rig->service.snapFrontmostWindow(Case::leftHalf, [&](const SnapResult& r) { snapped = r; });
+    const auto moved = run([](auto& s, auto done) { s.moveFrontmostWindowToNextDisplay(done); });
+    ASSERT_TRUE(moved) << moved.error();
+    EXPECT_EQ(frameOf(kNotes), Rect(1000, 25, 480, 800));
+    ASSERT_TRUE(snapped.has_value() && !snapped->has_value());
+    EXPECT_EQ(snapped->error(), "Superseded by a newer move of the window");
+    EXPECT_THAT(messages(), Not(Contains(StartsWith("Error "))));
+}
+
 TEST_F(WindowSnappingServiceTest, StoredPositionsPerformTheSameNamedAction) {
     start(desktop());
     auto& service = rig->service;
@@ -377,8 +382,6 @@ TEST_F(WindowSnappingServiceTest, StoredPositionsPerformTheSameNamedAction) {
             EXPECT_EQ(performed.name(), SnapPosition(position).name());
         }
     }
-    EXPECT_EQ(service.direction(SnapPosition::Case::bottomLeftQuarter),
-              WindowDirection(Case::bottomLeftQuarter));
     const Rect rect(10, 20, 300, 400);
     EXPECT_EQ(service.direction(SnapPosition::custom(rect)), WindowDirection::custom(rect));
     EXPECT_EQ(messages().back(),

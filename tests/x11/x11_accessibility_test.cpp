@@ -56,12 +56,12 @@ protected:
     testing::X11Fixture fixture{[] {
         testing::VirtualDisplayOptions options;
         options.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}};
-        options.withWindowManager = true;
+        options.windowManager = testing::WindowManager::openboxForTests;
         return options;
     }()};
     const ProcessId self = getpid();
     X11Screens screens{fixture.connection()};
-    X11Applications applications{fixture.connection(), {1, "", "", {}, false}};
+    X11Applications applications{fixture.connection(), {1, "", "", {}, false}, {}};
     X11Accessibility accessibility{fixture.connection(), screens, applications};
     xcb_window_t window = 0;
 };
@@ -222,22 +222,17 @@ TEST(X11SizeHintsTest, FitsARequestOnTheWindowsStepsAboveItsMinimum) {
     }
 }
 
-TEST(X11WindowManagerPingTest, OnlyAWindowManagerThatPromisesAnswersIsAsked) {
-    testing::X11Fixture bare;
-    X11WindowManagerPing unanswered(bare.connection());
-    EXPECT_FALSE(unanswered.isAvailable());
-    EXPECT_FALSE(unanswered.roundTrip(std::chrono::milliseconds(0)));
-
-    testing::X11Fixture managed{[] {
-        testing::VirtualDisplayOptions options;
-        options.withWindowManager = true;
-        return options;
-    }()};
-    X11WindowManagerPing ping(managed.connection());
+TEST_F(X11AccessibilityTest, OnlyAWindowManagerThatPromisesAnswersIsPinged) {
+    X11WindowManagerPing ping(fixture.connection());
     ASSERT_TRUE(ping.isAvailable());
     for (int round = 0; round < 3; ++round) {
         EXPECT_TRUE(ping.roundTrip(X11Accessibility::kApplyPatience)) << round;
     }
+
+    testing::X11Fixture bare;
+    X11WindowManagerPing unanswered(bare.connection());
+    EXPECT_FALSE(unanswered.isAvailable());
+    EXPECT_FALSE(unanswered.roundTrip(std::chrono::milliseconds(0)));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "platform/x11/x11_screens.h"
 #include "platform/x11/x11_window_list.h"
+#include "support/temporary_folder.h"
 #include "x11_test_support.h"
 
 namespace corvetta {
@@ -18,7 +19,7 @@ constexpr std::uint32_t kTerminal = 502;
 testing::VirtualDisplayOptions managedTwoMonitors() {
     testing::VirtualDisplayOptions options;
     options.monitors = {{0, 0, 1280, 800}, {1280, 0, 1024, 768}};
-    options.withWindowManager = true;
+    options.windowManager = testing::WindowManager::openboxForTests;
     return options;
 }
 
@@ -38,11 +39,13 @@ protected:
     }
 
     testing::X11Fixture fixture{managedTwoMonitors()};
+    testing::TemporaryFolder dataDirectory;
     X11Screens screens{fixture.connection()};
     X11WindowList windowList{fixture.connection(), screens};
     X11Applications applications{
         fixture.connection(),
-        {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false}};
+        {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false},
+        {{dataDirectory / "applications"}, fixture.display().environment()}};
     xcb_window_t editorMain = 0, editorSide = 0, terminal = 0;
 };
 
@@ -108,16 +111,49 @@ TEST_F(X11ApplicationsTest, ActivationRequestsAreAnnouncedOncePerApplication) {
     EXPECT_EQ(windowList.onScreenWindows().front().number, terminal);
 }
 
-TEST_F(X11ApplicationsTest, LaunchingWithoutADesktopEntryFails) {
-    EXPECT_FALSE(applications.canLaunchApplication("org.example.Missing"));
-    std::optional<LaunchError::Kind> failure;
-    applications.launchApplication("org.example.Missing", [&](const auto& outcome) {
-        ASSERT_FALSE(outcome.has_value());
-        failure = outcome.error().kind;
-    });
-    EXPECT_FALSE(failure) << "never before the call returns";
+bool hasWindowTitled(X11WindowList& windowList, const std::string& title) {
+    return std::ranges::any_of(windowList.onScreenWindows(),
+                               [&](const WindowListEntry& entry) { return entry.title == title; });
+}
+
+// Launches and desktop actions run the Exec lines of the installed entries, without a shell, on
+// this display. The editor's entry is found by its WM_CLASS (StartupWMClass).
+TEST_F(X11ApplicationsTest, LaunchesAndDesktopActionsRunTheInstalledEntries) {
+    const std::string client = CORVETTA_TEST_CLIENT_BINARY;
+    testing::writeTestFile(dataDirectory / "applications/editor.desktop",
+                           "[Desktop Entry]\nType=Application\nName=Editor\nExec=editor %F\n"
+                           "StartupWMClass=Editor\nActions=new-window;broken;\n"
+                           "[Desktop Action new-window]\nName=New Window\nExec=" +
+                               client +
+                               " --class Editor --title \"Second window\" %U\n"
+                               "[Desktop Action broken]\nName=Broken\nExec=editor \"\n");
+    testing::writeTestFile(dataDirectory / "applications/org.example.Probe.desktop",
+                           "[Desktop Entry]\nType=Application\nName=Probe\nExec=" + client +
+                               " --title \"Launched; not by a shell\"\n");
+    std::vector<Expected<RunningApplication, LaunchError>> launches;
+    for (const char* identifier : {"org.example.Missing", "org.example.Probe"}) {
+        applications.launchApplication(identifier,
+                                       [&](const auto& outcome) { launches.push_back(outcome); });
+    }
+    EXPECT_TRUE(launches.empty()) << "never before the call returns";
     fixture.queue().runUntilIdle();
-    EXPECT_EQ(failure, LaunchError::Kind::notFound);
+    ASSERT_EQ(launches.size(), 2u);
+    EXPECT_EQ(launches[0].error().kind, LaunchError::Kind::notFound);
+    ASSERT_TRUE(launches[1]);
+    EXPECT_EQ(launches[1]->localizedName, "Probe");
+    EXPECT_FALSE(applications.canLaunchApplication("org.example.Missing"));
+
+    EXPECT_EQ(applications.applicationActions(kEditor),
+              (std::vector<ApplicationAction>{{"new-window", "New Window"}, {"broken", "Broken"}}));
+    EXPECT_TRUE(applications.applicationActions(kTerminal).empty()) << "no entry of its own";
+    EXPECT_FALSE(applications.performApplicationAction(kEditor, "missing"));
+    EXPECT_FALSE(applications.performApplicationAction(kEditor, "broken"));
+    EXPECT_FALSE(applications.performApplicationAction(kTerminal, "new-window"));
+    ASSERT_TRUE(applications.performApplicationAction(kEditor, "new-window"));
+    EXPECT_TRUE(fixture.runUntil([&] {
+        return hasWindowTitled(windowList, "Second window") &&
+               hasWindowTitled(windowList, "Launched; not by a shell");
+    }));
 }
 
 }  // namespace

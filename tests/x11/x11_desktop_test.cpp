@@ -75,7 +75,7 @@ TEST(X11DesktopTest, EventsReadWhileAnInputPortWaitedAreStillHandedOut) {
         xcb_connect(display.displayName().c_str(), nullptr), &xcb_disconnect);
     std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
         xcb_key_symbols_alloc(driver.get()), &xcb_key_symbols_free);
-    for (const xcb_keysym_t symbol : {XK_Control_L, XK_Alt_L, XK_Left}) {
+    for (const xcb_keysym_t symbol : {XK_Control_L, XK_Super_L, XK_Left}) {
         std::unique_ptr<xcb_keycode_t, decltype(&std::free)> code(
             xcb_key_symbols_get_keycode(symbols.get(), symbol), &std::free);
         ASSERT_TRUE(code);

@@ -8,83 +8,29 @@
 #include <sstream>
 #include <string>
 
-#include <spawn.h>
-#include <sys/types.h>
-#include <unistd.h>
 #include <xcb/xcb_icccm.h>
 
 #include "platform/x11/x11_window_class.h"
-
-extern char** environ;
 
 namespace corvetta {
 
 namespace {
 
-std::vector<std::filesystem::path> applicationFolders() {
-    std::vector<std::filesystem::path> folders;
-    const char* dataHome = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    if (dataHome && *dataHome) {
-        folders.emplace_back(dataHome);
-    } else if (home && *home) {
-        folders.push_back(std::filesystem::path(home) / ".local/share");
+// The file names a process runs under: its executable's, and its first argument's.
+std::vector<std::string> executableNames(ProcessId process) {
+    std::vector<std::string> names;
+    const std::filesystem::path proc = "/proc/" + std::to_string(process);
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink(proc / "exe", error);
+    if (!error) {
+        names.push_back(executable.filename().string());
     }
-    const char* dataDirs = std::getenv("XDG_DATA_DIRS");
-    std::stringstream dirs(dataDirs && *dataDirs ? dataDirs : "/usr/local/share:/usr/share");
-    for (std::string folder; std::getline(dirs, folder, ':');) {
-        if (!folder.empty()) {
-            folders.emplace_back(folder);
-        }
+    std::ifstream commandLine(proc / "cmdline");
+    std::string first;
+    if (std::getline(commandLine, first, '\0') && !first.empty()) {
+        names.push_back(std::filesystem::path(first).filename().string());
     }
-    for (auto& folder : folders) {
-        folder /= "applications";
-    }
-    return folders;
-}
-
-std::optional<std::filesystem::path> desktopEntry(const std::string& identifier) {
-    if (identifier.empty() || identifier.find('/') != std::string::npos) {
-        return std::nullopt;
-    }
-    for (const auto& folder : applicationFolders()) {
-        const auto path = folder / (identifier + ".desktop");
-        std::error_code error;
-        if (std::filesystem::is_regular_file(path, error)) {
-            return path;
-        }
-    }
-    return std::nullopt;
-}
-
-// The "[Desktop Entry]" group's value for the key; empty when absent.
-std::string entryValue(const std::filesystem::path& path, const std::string& key) {
-    std::ifstream file(path);
-    bool inMainGroup = false;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("[")) {
-            inMainGroup = line == "[Desktop Entry]";
-        } else if (inMainGroup && line.starts_with(key + "=")) {
-            return line.substr(key.size() + 1);
-        }
-    }
-    return {};
-}
-
-// The Exec line without its field codes (%f, %U, ...), which a launch without files leaves out.
-std::string commandLine(std::string exec) {
-    std::string result;
-    for (std::size_t index = 0; index < exec.size(); ++index) {
-        if (exec[index] == '%' && index + 1 < exec.size()) {
-            if (exec[index + 1] == '%') {
-                result += '%';
-            }
-            ++index;
-            continue;
-        }
-        result += exec[index];
-    }
-    return result;
+    return names;
 }
 
 }  // namespace
@@ -94,10 +40,14 @@ struct X11Applications::Observers {
     std::map<std::uint64_t, std::function<void(const RunningApplication&)>> handlers;
 };
 
-X11Applications::X11Applications(X11Connection& connection, RunningApplication self)
+X11Applications::X11Applications(X11Connection& connection, RunningApplication self,
+                                 X11Launching launching)
     : connection_(connection),
       properties_(connection),
       self_(std::move(self)),
+      desktopEntries_(std::move(launching.applicationFolders)),
+      launchEnvironment_(std::move(launching.environment)),
+      launcher_(connection.queue()),
       observers_(std::make_shared<Observers>()) {
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     lastActive_ = activeProcess();
@@ -159,6 +109,7 @@ const X11Applications::Identity& X11Applications::identityOf(xcb_window_t window
             properties_.request(window, connection_.atom("_KDE_NET_WM_DESKTOP_FILE"), XCB_ATOM_ANY);
         Identity identity;
         if (auto windowClass = parseWindowClass(properties_.bytesOf(classCookie))) {
+            identity.instanceName = windowClass->instanceName;
             identity.className = windowClass->className;
         }
         auto named = properties_.bytesOf(gtkCookie);
@@ -332,7 +283,7 @@ bool X11Applications::handleEvent(const xcb_generic_event_t& event) {
 }
 
 bool X11Applications::canLaunchApplication(const std::string& bundleIdentifier) const {
-    return desktopEntry(bundleIdentifier).has_value();
+    return desktopEntries_.byId(bundleIdentifier).has_value();
 }
 
 void X11Applications::launchApplication(const std::string& bundleIdentifier,
@@ -350,31 +301,83 @@ void X11Applications::launchApplication(const std::string& bundleIdentifier,
             return;
         }
     }
-    const auto entry = desktopEntry(bundleIdentifier);
-    if (!entry) {
+    const auto installed = desktopEntries_.byId(bundleIdentifier);
+    if (!installed) {
         finish(unexpected(LaunchError{LaunchError::Kind::notFound,
                                       "no desktop entry " + bundleIdentifier + ".desktop"}));
         return;
     }
-    std::string command = commandLine(entryValue(*entry, "Exec"));
-    if (command.empty()) {
-        finish(unexpected(
-            LaunchError{LaunchError::Kind::failed, entry->string() + " has no Exec line"}));
+    const auto& entry = installed->entry;
+    const auto arguments =
+        parseExecLine(entry.exec, {entry.icon, entry.name, installed->path.string()});
+    if (!arguments) {
+        finish(unexpected(LaunchError{LaunchError::Kind::failed,
+                                      installed->path.string() + ": " + arguments.error()}));
         return;
     }
-    std::string shell = "/bin/sh";
-    std::string flag = "-c";
-    char* arguments[] = {shell.data(), flag.data(), command.data(), nullptr};
-    pid_t pid = 0;
-    if (posix_spawn(&pid, shell.c_str(), nullptr, nullptr, arguments, environ) != 0) {
-        finish(unexpected(LaunchError{LaunchError::Kind::failed, "cannot start " + command}));
+    const auto process = launcher_.launch(*arguments, launchEnvironment_);
+    if (!process) {
+        finish(unexpected(LaunchError{LaunchError::Kind::failed, process.error()}));
         return;
     }
     RunningApplication launched;
-    launched.processIdentifier = pid;
+    launched.processIdentifier = *process;
     launched.bundleIdentifier = bundleIdentifier;
-    launched.localizedName = entryValue(*entry, "Name");
+    launched.localizedName = entry.name;
     finish(launched);
+}
+
+std::optional<InstalledDesktopEntry> X11Applications::desktopEntryOf(ProcessId process) const {
+    if (process <= 0 || process == self_.processIdentifier) {
+        return std::nullopt;
+    }
+    ApplicationTraits traits;
+    for (const auto window : windowsOf(process)) {
+        const auto& identity = identityOf(window);
+        if (traits.applicationId.empty()) {
+            traits.applicationId = identity.applicationId;
+        }
+        if (traits.className.empty()) {
+            traits.instanceName = identity.instanceName;
+            traits.className = identity.className;
+        }
+    }
+    traits.executableNames = executableNames(process);
+    return desktopEntries_.forApplication(traits);
+}
+
+std::vector<ApplicationAction> X11Applications::applicationActions(ProcessId process) const {
+    std::vector<ApplicationAction> actions;
+    if (const auto installed = desktopEntryOf(process)) {
+        for (const auto& action : installed->entry.actions) {
+            actions.push_back({action.identifier, action.name});
+        }
+    }
+    return actions;
+}
+
+Expected<void, std::string> X11Applications::performApplicationAction(
+    ProcessId process, const std::string& identifier) {
+    const auto installed = desktopEntryOf(process);
+    if (!installed) {
+        return unexpected("no desktop entry found for process " + std::to_string(process));
+    }
+    const auto& entry = installed->entry;
+    const auto action = std::ranges::find(entry.actions, identifier, &DesktopAction::identifier);
+    if (action == entry.actions.end()) {
+        return unexpected(installed->id + ".desktop has no action " + identifier);
+    }
+    const auto arguments =
+        parseExecLine(action->exec, {entry.icon, entry.name, installed->path.string()});
+    if (!arguments) {
+        return unexpected(installed->path.string() + ", action " + identifier + ": " +
+                          arguments.error());
+    }
+    const auto launched = launcher_.launch(*arguments, launchEnvironment_);
+    if (!launched) {
+        return unexpected(launched.error());
+    }
+    return {};
 }
 
 bool X11Applications::activate(ProcessId process) {

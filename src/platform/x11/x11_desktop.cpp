@@ -13,6 +13,9 @@
 #include "platform/x11/x11_pointer.h"
 #include "platform/x11/x11_screens.h"
 #include "platform/x11/x11_window_list.h"
+#include "platform/xdg/desktop_entries.h"
+
+extern char** environ;
 
 namespace corvetta {
 
@@ -22,15 +25,31 @@ RunningApplication thisProgram(std::string bundleIdentifier) {
     return {getpid(), std::move(bundleIdentifier), "Corvetta", ActivationPolicy::accessory, false};
 }
 
+// What this program launches lands on the display it manages, whatever $DISPLAY says.
+X11Launching launchingOn(const std::string& display) {
+    X11Launching launching{xdgApplicationFolders(), {}};
+    for (char** variable = environ; *variable; ++variable) {
+        const std::string entry = *variable;
+        if (display.empty() || !entry.starts_with("DISPLAY=")) {
+            launching.environment.push_back(entry);
+        }
+    }
+    if (!display.empty()) {
+        launching.environment.push_back("DISPLAY=" + display);
+    }
+    return launching;
+}
+
 }  // namespace
 
 // In the order they depend on each other; destroyed in reverse, the connection last.
 struct X11Desktop::Parts {
     Parts(std::unique_ptr<X11Connection> opened, MainQueue& queue, Report report,
-          std::string ownBundleIdentifier)
+          std::string ownBundleIdentifier, X11Launching launching)
         : connection(std::move(opened)),
           screens(*connection),
-          applications(*connection, thisProgram(std::move(ownBundleIdentifier))),
+          applications(*connection, thisProgram(std::move(ownBundleIdentifier)),
+                       std::move(launching)),
           windowList(*connection, screens),
           accessibility(*connection, screens, applications),
           alerts(queue, std::move(report)),
@@ -77,8 +96,9 @@ Expected<std::unique_ptr<X11Desktop>, std::string> X11Desktop::open(
     if (!report) {
         report = [](const std::string& line) { std::cerr << line << '\n'; };
     }
-    return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
-        std::move(*connection), queue, std::move(report), std::move(ownBundleIdentifier))));
+    return std::unique_ptr<X11Desktop>(new X11Desktop(
+        std::make_unique<Parts>(std::move(*connection), queue, std::move(report),
+                                std::move(ownBundleIdentifier), launchingOn(display))));
 }
 
 X11Desktop::X11Desktop(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}

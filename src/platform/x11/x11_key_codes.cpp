@@ -122,11 +122,15 @@ const std::map<std::uint32_t, std::uint32_t>& keySymbols() {
     return symbols;
 }
 
+// Option is Super and Command is Alt: the keys at their places on a PC keyboard (Ctrl, Super, Alt
+// from the left), and the mapping under which the default shortcuts collide least with the
+// desktops' own bindings, which take Control+Alt+arrows for workspaces nearly everywhere
+// (docs/x11-desktop.md, tests/x11/x11_default_shortcuts_test.cpp).
 constexpr std::array<std::pair<std::uint32_t, std::uint16_t>, 4> kCarbonToX11{{
     {CarbonModifier::kShift, X11Modifier::kShift},
     {CarbonModifier::kControl, X11Modifier::kControl},
-    {CarbonModifier::kOption, X11Modifier::kMod1},
-    {CarbonModifier::kCommand, X11Modifier::kMod4},
+    {CarbonModifier::kOption, X11Modifier::kMod4},
+    {CarbonModifier::kCommand, X11Modifier::kMod1},
 }};
 
 }  // namespace

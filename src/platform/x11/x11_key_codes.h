@@ -24,7 +24,7 @@ inline constexpr std::uint16_t kAll = 0xff;
 // have no counterpart on a PC keyboard.
 std::optional<std::uint32_t> keySymbolForVirtualKeyCode(std::uint32_t virtualKeyCode);
 
-// Control → Control, Option → Alt (Mod1), Command → Super (Mod4), Shift → Shift.
+// Control → Control, Option → Super (Mod4), Command → Alt (Mod1), Shift → Shift.
 std::uint16_t x11ModifiersFromCarbon(std::uint32_t carbonModifiers);
 // The other way, in the event-flag form; lock and other modifier bits are dropped.
 std::uint64_t eventFlagsFromX11Modifiers(std::uint16_t state);

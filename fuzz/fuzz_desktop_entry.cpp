@@ -1,0 +1,26 @@
+// Desktop entries come from any package or any user: whatever the text, the reader gives an entry
+// or a refusal, and every Exec line in it splits into arguments or is refused.
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/xdg/desktop_entry.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace corvetta;
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const ExecContext context{"icon", "Name", "/applications/entry.desktop"};
+    (void)parseExecLine(text, context);
+    const auto entry = parseDesktopEntry(text);
+    if (!entry) {
+        return 0;
+    }
+    (void)parseExecLine(entry->exec, {entry->icon, entry->name, ""});
+    for (const auto& action : entry->actions) {
+        const auto arguments = parseExecLine(action.exec, context);
+        if (arguments && arguments->front().empty()) {
+            __builtin_trap();
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+// desktop_entries.h: Finds the installed desktop entry of an application, by its identifier or by
+// what a running application tells of itself.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/xdg/desktop_entry.h"
+
+namespace corvetta {
+
+// An installed entry: its desktop file ID ("org.gnome.Terminal", from the path below
+// "applications/" with "/" as "-" and ".desktop" left off) and where it was read.
+struct InstalledDesktopEntry {
+    std::string id;
+    std::filesystem::path path;
+    DesktopEntry entry;
+};
+
+// What a running application tells of itself that can name its entry.
+struct ApplicationTraits {
+    // The desktop file ID the window names (_GTK_APPLICATION_ID, _KDE_NET_WM_DESKTOP_FILE).
+    std::string applicationId;
+    // WM_CLASS.
+    std::string instanceName;
+    std::string className;
+    // The file name of the process's executable, and of its first argument (they differ for
+    // interpreted programs and wrappers).
+    std::vector<std::string> executableNames;
+};
+
+// "$XDG_DATA_HOME/applications" (default ~/.local/share), then "applications" in each of
+// $XDG_DATA_DIRS (default /usr/local/share:/usr/share): the order in which an ID is looked up,
+// the first one found hiding the others.
+std::vector<std::filesystem::path> xdgApplicationFolders();
+
+// The entries in a list of "applications" folders, read when asked (so an application installed
+// meanwhile is found). Entries that cannot be read or decoded, that are hidden, or whose Type is
+// not Application are left out.
+class DesktopEntries {
+public:
+    explicit DesktopEntries(std::vector<std::filesystem::path> folders);
+
+    // The entry with that desktop file ID.
+    std::optional<InstalledDesktopEntry> byId(const std::string& id) const;
+    // The running application's entry, by the first rule that finds one: (1) the desktop file ID
+    // is the application ID; (2) StartupWMClass is the WM_CLASS class or instance name; (3) the
+    // ID is the class or instance name, ignoring case; (4) the file name of the program that
+    // TryExec or Exec names is one of the executable names. Within a rule the first folder wins,
+    // and within a folder the first ID in byte order.
+    std::optional<InstalledDesktopEntry> forApplication(const ApplicationTraits& traits) const;
+
+private:
+    std::vector<InstalledDesktopEntry> all() const;
+
+    std::vector<std::filesystem::path> folders_;
+};
+
+}  // namespace corvetta
