@@ -60,13 +60,6 @@ TEST_F(AutomationMethodsTest, ReadingMethodsDescribeTheDesktop) {
                               "frame": {"x": 0, "y": 25, "width": 300, "height": 200}})"));
 }
 
-TEST_F(AutomationMethodsTest, AnUnreadableWindowIsShownAsAnAccessibilityError) {
-    rig->sim.setApplicationUnresponsive(kTerminal, true);
-    EXPECT_EQ(error("inspect_app_windows", {{"bundle_id", "com.example.terminal"}}),
-              "Cannot read the windows of terminal: kAXErrorCannotComplete (-25204)");
-    EXPECT_EQ(result("list_windows")["windows"].size(), 2u);
-}
-
 TEST_F(AutomationMethodsTest, BadRequestsAreAnsweredWithTheirError) {
     struct Row {
         const char* method;
@@ -133,7 +126,12 @@ TEST_F(AutomationMethodsTest, ActionsMoveTheWindowAsTheShortcutWould) {
     }
 }
 
-TEST_F(AutomationMethodsTest, AMoveThatCannotHappenAnswersWithItsError) {
+// A window that cannot be read or moved is answered with the accessibility error.
+TEST_F(AutomationMethodsTest, AWindowThatCannotBeReadOrMovedAnswersWithItsError) {
+    rig->sim.setApplicationUnresponsive(kTerminal, true);
+    EXPECT_EQ(error("inspect_app_windows", {{"bundle_id", "com.example.terminal"}}),
+              "Cannot read the windows of terminal: kAXErrorCannotComplete (-25204)");
+    EXPECT_EQ(result("list_windows")["windows"].size(), 2u);
     rig->sim.setApplicationUnresponsive(kEditor, true);
     EXPECT_EQ(error("perform_action", {{"action", "rightHalf"}}), "No frontmost window found");
     rig->sim.setApplicationUnresponsive(kEditor, false);

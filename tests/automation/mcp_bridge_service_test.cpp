@@ -42,9 +42,6 @@ TEST_F(BridgeTest, AnswersEveryLineInOrderInEachForm) {
         std::vector<std::string> writes;
         std::vector<std::string> answers;
     } cases[] = {
-        {"two requests in one write",
-         {request("a", "echo", R"({"x":[1,2]})") + "\n" + request("b", "echo", "{}") + "\n"},
-         {R"({"id":"a","result":{"x":[1,2]}})", R"({"id":"b","result":{}})"}},
         {"a request split across writes, one byte each",
          [&] {
              std::vector<std::string> bytes;
@@ -57,14 +54,8 @@ TEST_F(BridgeTest, AnswersEveryLineInOrderInEachForm) {
         {"absent and null params are an empty object",
          {request("p", "echo") + "\n", request("q", "echo", "null") + "\n"},
          {R"({"id":"p","result":{}})", R"({"id":"q","result":{}})"}},
-        {"malformed lines",
-         {"not json\n", "[1]\n",
-          R"({"method":"echo"})"
-          "\n",
-          R"({"id":5,"method":"echo"})"
-          "\n",
-          "\n", request("n", "echo") + std::string(1, '\0') + "and more\n"},
-         {invalid, invalid, invalid, invalid, invalid, invalid}},
+        // Which lines are malformed is the request parser's; here, that each is answered.
+        {"malformed lines", {"not json\n", "\n"}, {invalid, invalid}},
         {"params that are not an object, under the request's own id",
          {request("c", "echo", "[]") + "\n" + request("e", "echo", R"("text")") + "\n"},
          {R"({"id":"c","error":{"message":"Invalid param params: expected an object"}})",

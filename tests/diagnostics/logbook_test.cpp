@@ -58,10 +58,8 @@ protected:
         });
 };
 
-TEST_F(LogbookTest, DefaultsLetEverythingThroughAndPrefixesNameTheKeys) {
-    EXPECT_TRUE(book.isEnabled());
-    EXPECT_EQ(book.minimumLevel(), LogLevel::debug);
-    EXPECT_TRUE(book.disabledCategories().empty());
+// The defaults themselves show in the other tests: debug entries kept, "on/.../0" announced.
+TEST_F(LogbookTest, AnUnknownLevelFallsBackToDebugAndPrefixesNameTheKeys) {
     InMemoryPreferences outOfRange({{"Logbook.minimumLevel", 9}});
     EXPECT_EQ(Logbook(outOfRange, notifications, clock, nullptr).minimumLevel(), LogLevel::debug);
 

@@ -9,28 +9,29 @@
 namespace corvetta {
 namespace {
 
-TEST(Uuid, RandomIdentifiersAreVersionFourAndDistinct) {
-    std::set<Uuid> seen;
+TEST(Uuid, RandomIdentifiersAreVersionFourDistinctAndHashed) {
+    std::set<Uuid> ordered;
+    std::unordered_set<Uuid> hashed;
     for (int i = 0; i < 200; ++i) {
         const Uuid id = Uuid::random();
         EXPECT_EQ(id.bytes()[6] >> 4, 4);       // version 4
         EXPECT_EQ(id.bytes()[8] & 0xC0, 0x80);  // RFC 4122 variant
-        seen.insert(id);
+        EXPECT_FALSE(id.isNil());
+        ordered.insert(id);
+        hashed.insert(id);
     }
-    EXPECT_EQ(seen.size(), 200u);
+    EXPECT_EQ(ordered.size(), 200u);
+    EXPECT_EQ(hashed.size(), 200u);
 }
 
 TEST(Uuid, TextFormIsCanonicalUpperCaseReadInEitherCase) {
     const Uuid id = Uuid::random();
-    const std::string text = id.string();
-    ASSERT_EQ(text.size(), 36u);
-    for (char c : text) {
-        EXPECT_TRUE(c == '-' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F')) << text;
-    }
-    EXPECT_EQ(Uuid::parse(text), id);
+    EXPECT_EQ(Uuid::parse(id.string()), id);
     const auto lower = Uuid::parse("e621e1f8-c36c-495a-93fc-0c247a3e6e5f");
     ASSERT_TRUE(lower);
     EXPECT_EQ(lower->string(), "E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
+    EXPECT_TRUE(Uuid().isNil());
+    EXPECT_EQ(Uuid().string(), "00000000-0000-0000-0000-000000000000");
 }
 
 TEST(Uuid, RefusesMalformedText) {
@@ -40,14 +41,6 @@ TEST(Uuid, RefusesMalformedText) {
           "{E621E1F8-C36C-495A-93FC-0C247A3E6E5F}", "E621E1F8_C36C_495A_93FC_0C247A3E6E5F"}) {
         EXPECT_FALSE(Uuid::parse(bad)) << bad;
     }
-}
-
-TEST(Uuid, NilAndHashing) {
-    EXPECT_TRUE(Uuid().isNil());
-    EXPECT_EQ(Uuid().string(), "00000000-0000-0000-0000-000000000000");
-    EXPECT_FALSE(Uuid::random().isNil());
-    std::unordered_set<Uuid> set{Uuid::random(), Uuid::random()};
-    EXPECT_EQ(set.size(), 2u);
 }
 
 TEST(Base64, EncodesWithPaddingAndRoundTripsEveryLength) {

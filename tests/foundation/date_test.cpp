@@ -18,6 +18,8 @@ TEST(Iso8601, WritesUtcWholeSeconds) {
     EXPECT_EQ(formatIso8601(at(1999, 1, 2, 3, 4, 5)), "1999-01-02T03:04:05Z");
     const Date now = floor<seconds>(system_clock::now());
     EXPECT_EQ(parseIso8601(formatIso8601(now)), now);
+    // File names carry no colons.
+    EXPECT_EQ(fileNameTimestamp(at(2026, 11, 21, 10, 15, 30)), "2026-11-21T10-15-30Z");
 }
 
 TEST(Iso8601, ReadsZonesAndFractions) {
@@ -48,10 +50,6 @@ TEST(MediumDateTime, ShowsMonthNameAndTwelveHourClock) {
               "Jan 5, 2026 at 12:07:09 AM");
     EXPECT_EQ(formatMediumDateTime(at(2026, 7, 4, 13, 0, 0), TimeZoneChoice::utc),
               "Jul 4, 2026 at 1:00:00 PM");
-}
-
-TEST(FileNameTimestamp, HasNoColons) {
-    EXPECT_EQ(fileNameTimestamp(at(2026, 11, 21, 10, 15, 30)), "2026-11-21T10-15-30Z");
 }
 
 }  // namespace

@@ -52,26 +52,16 @@ TEST(DesktopFileTest, TheDocumentedExampleLoadsWithItsDefaults) {
 
 TEST(DesktopFileTest, EveryExtensionIsRead) {
     auto document = example();
-    auto& window = document["applications"][0]["windows"][0];
-    window["maxSize"] = {1000, 900};
-    window["resizeIncrements"] = {7, 14};
-    window["applyDelayMs"] = 250;
-    window["movable"] = false;
-    window["resizable"] = false;
-    window["minimized"] = true;
-    window["layer"] = 3;
-    window["subrole"] = "AXDialog";
-    auto& app = document["applications"][0];
-    app["activationPolicy"] = "accessory";
-    app["hidden"] = true;
-    app["unresponsive"] = true;
-    document["dock"] = {{"display", 1}, {"edge", "left"}, {"size", 60}, {"intellihide", true}};
-    document["accessibilityTrusted"] = false;
-    document["mouseLocation"] = {10, 20};
-    document["installed"] = Json::parse(
-        R"([{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser"}])");
-    document["self"] = {{"pid", 7}};
-    document["reservedHotKeys"] = Json::parse(R"([{"keyCode": 123, "modifiers": 786432}])");
+    document.merge_patch(Json::parse(R"({
+      "dock": {"display": 1, "edge": "left", "size": 60, "intellihide": true},
+      "accessibilityTrusted": false, "mouseLocation": [10, 20], "self": {"pid": 7},
+      "installed": [{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser"}],
+      "reservedHotKeys": [{"keyCode": 123, "modifiers": 786432}]})"));
+    document["applications"][0].merge_patch(
+        Json::parse(R"({"activationPolicy": "accessory", "hidden": true, "unresponsive": true})"));
+    document["applications"][0]["windows"][0].merge_patch(Json::parse(R"({
+      "maxSize": [1000, 900], "resizeIncrements": [7, 14], "applyDelayMs": 250, "movable": false,
+      "resizable": false, "minimized": true, "layer": 3, "subrole": "AXDialog"})"));
 
     const auto setup = parseSimulatedDesktop(document.dump());
     ASSERT_TRUE(setup.has_value()) << setup.error().message();
