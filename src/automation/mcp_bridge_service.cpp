@@ -333,7 +333,6 @@ void MCPBridgeService::serve(Connection& connection) {
             case LineReader::Next::Kind::line:
                 noteActivity(connection, true);
                 open = answer(connection, next.text);
-                noteActivity(connection, false);
                 break;
             case LineReader::Next::Kind::needMoreBytes:
                 open = receive(fd, reader);
@@ -386,6 +385,8 @@ bool MCPBridgeService::answer(Connection& connection, const std::string& line) {
             return "MCPBridgeService: " + request.error().message + " (id " +
                    logExcerpt(request.error().id) + ")";
         });
+        // Idle again before the client can see the answer, so its next move finds it idle.
+        noteActivity(connection, false);
         return sendAll(fd, refusalResponseLine(request.error()), stopSignal_.get());
     }
     // Clients choose these texts, up to a megabyte each: only an excerpt goes to the log book.
@@ -425,6 +426,7 @@ bool MCPBridgeService::answer(Connection& connection, const std::string& line) {
         std::lock_guard lock(mutex_);
         connection.waiting.reset();
     }
+    noteActivity(connection, false);
     return outcome && sendAll(fd, outcomeResponseLine(request->id, *outcome), stopSignal_.get());
 }
 
