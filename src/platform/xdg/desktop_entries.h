@@ -1,7 +1,5 @@
+// desktop_entries.h: Finds the installed desktop entry of an application, by id or by its process.
 #pragma once
-
-// desktop_entries.h: Finds the installed desktop entry of an application, by its identifier or by
-// what a running application tells of itself.
 
 #include <filesystem>
 #include <optional>

@@ -1,7 +1,5 @@
+// desktop_entry.h: Reads a freedesktop desktop entry (a ".desktop" file) and its actions.
 #pragma once
-
-// desktop_entry.h: Reads a freedesktop desktop entry (a ".desktop" file): its main group and its
-// desktop actions.
 
 #include <string>
 #include <string_view>

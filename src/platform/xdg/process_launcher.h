@@ -1,6 +1,5 @@
-#pragma once
-
 // process_launcher.h: Starts the programs a desktop entry names, without a shell, and reaps them.
+#pragma once
 
 #include <map>
 #include <memory>
