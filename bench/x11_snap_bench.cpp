@@ -27,7 +27,13 @@
 #include <poll.h>
 #include <xcb/xcb.h>
 
+#include "app/window_services.h"
 #include "automation/socket_client.h"
+#include "diagnostics/logbook.h"
+#include "diagnostics/logging_service.h"
+#include "foundation/manual_queue.h"
+#include "foundation/notification_center.h"
+#include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
@@ -202,6 +208,50 @@ public:
         });
     }
 
+    // The same snaps done inside this process on the program's own services, counting how often
+    // each waits for the X server (X11Desktop::roundTrips). `minimumLogLevel` 0 logs everything,
+    // as the program does by default; 2 keeps warnings only.
+    struct InProcess {
+        std::vector<double> roundTrips;
+        std::vector<double> milliseconds;
+    };
+    InProcess measureInProcess(int minimumLogLevel) {
+        InMemoryPreferences loggingDefaults(
+            {{LoggingService::kMinimumLogLevelKey, minimumLogLevel}});
+        InMemoryPreferences defaults;
+        NotificationCenter notifications;
+        ManualClock clock;
+        ManualQueue queue(clock);
+        Logbook logbook(loggingDefaults, notifications, clock, nullptr);
+        LoggingService logging(loggingDefaults, logbook);
+        auto desktop = X11Desktop::open(display_.displayName(), queue, [](const std::string&) {});
+        if (!desktop) {
+            throw std::runtime_error(desktop.error());
+        }
+        WindowServices services(**desktop, queue, defaults, logging);
+        InProcess result;
+        for (int press = 0; press < kWarmUpPresses + presses_; ++press) {
+            using enum WindowDirection::Case;
+            const WindowDirection action = press % 2 == 0 ? leftHalf : rightHalf;
+            queue.runUntilIdle();
+            const auto before = (*desktop)->roundTrips();
+            const auto began = Clock::now();
+            bool succeeded = false;
+            services.windowSnappingService.snapFrontmostWindow(
+                action, [&](const SnapResult& snapped) { succeeded = snapped.has_value(); });
+            queue.runUntilIdle();
+            const auto ended = Clock::now();
+            if (!succeeded) {
+                throw std::runtime_error("in-process snap " + std::to_string(press) + " failed");
+            }
+            if (press >= kWarmUpPresses) {
+                result.roundTrips.push_back(static_cast<double>((*desktop)->roundTrips() - before));
+                result.milliseconds.push_back(Milliseconds(ended - began).count());
+            }
+        }
+        return result;
+    }
+
     // What the verification itself costs: one frame read-back, part of every sample above.
     std::vector<double> measureReadBack() {
         std::vector<double> samples;
@@ -314,6 +364,8 @@ int run(int presses) {
     SnapBench bench(presses);
     const Summary script = summarize(bench.measureScript());
     const Summary floor = summarize(bench.measureFloor());
+    const auto inProcess = bench.measureInProcess(0);
+    const auto inProcessQuiet = bench.measureInProcess(2);
     const Summary corvetta = summarize(bench.measureCorvetta());
     const Summary readBack = summarize(bench.measureReadBack());
     std::printf(
@@ -323,6 +375,15 @@ int run(int presses) {
     printRow("floor: _NET_MOVERESIZE_WINDOW alone", floor);
     printRow("xdotool key + wmctrl -e", script);
     printRow("(one frame read-back alone)", readBack);
+    printRow("in process, logging all", summarize(inProcess.milliseconds));
+    printRow("in process, warnings only", summarize(inProcessQuiet.milliseconds));
+    std::printf(
+        "X round trips per snap in process (p50, max): logging all %.0f, %.0f; "
+        "warnings only %.0f, %.0f\n",
+        summarize(inProcess.roundTrips).p50,
+        *std::max_element(inProcess.roundTrips.begin(), inProcess.roundTrips.end()),
+        summarize(inProcessQuiet.roundTrips).p50,
+        *std::max_element(inProcessQuiet.roundTrips.begin(), inProcessQuiet.roundTrips.end()));
     const double ratio = corvetta.p50 / floor.p50;
     std::printf("corvetta p50 / floor p50: %.2f (target at most 1.5: %s)\n", ratio,
                 ratio <= 1.5 ? "met" : "MISSED");

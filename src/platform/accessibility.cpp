@@ -72,4 +72,14 @@ std::string describe(const AXValue& value) {
     return std::visit(Describer{}, value);
 }
 
+std::vector<Expected<AXValue, AXErrorCode>> AccessibilityPort::copyMultipleAttributeValues(
+    const AXElement& element, const std::vector<std::string_view>& attributes) {
+    std::vector<Expected<AXValue, AXErrorCode>> values;
+    values.reserve(attributes.size());
+    for (const auto attribute : attributes) {
+        values.push_back(copyAttributeValue(element, attribute));
+    }
+    return values;
+}
+
 }  // namespace corvetta

@@ -109,6 +109,11 @@ public:
     virtual AXElement applicationElement(ProcessId process) = 0;
     virtual Expected<AXValue, AXErrorCode> copyAttributeValue(const AXElement& element,
                                                               std::string_view attribute) = 0;
+    // Several attributes of one element, each answer in the order asked, as the interface's
+    // multiple-attribute copy gives them: one failing leaves the others standing. A backend may
+    // fetch them together; by default each is read in turn.
+    virtual std::vector<Expected<AXValue, AXErrorCode>> copyMultipleAttributeValues(
+        const AXElement& element, const std::vector<std::string_view>& attributes);
     // success or the failure; a value of the wrong kind gives illegalArgument.
     virtual AXErrorCode setAttributeValue(const AXElement& element, std::string_view attribute,
                                           const AXValue& value) = 0;

@@ -8,19 +8,26 @@ namespace corvetta {
 
 namespace {
 
+constexpr std::array<std::string_view, 2> kFrameAttributes{AXAttribute::kPosition,
+                                                           AXAttribute::kSize};
+
 // An attribute's value when it has the kind the caller expects; a value of another kind is as
 // useless as none.
 template <class T>
-Expected<T, AccessibilityError> readAttribute(AccessibilityPort& port, const AXElement& element,
-                                              std::string_view attribute) {
-    auto value = port.copyAttributeValue(element, attribute);
+Expected<T, AccessibilityError> typed(const Expected<AXValue, AXErrorCode>& value) {
     if (!value) {
         return unexpected(AccessibilityError::failedToGet(value.error()));
     }
-    if (const T* typed = std::get_if<T>(&*value)) {
-        return *typed;
+    if (const T* typedValue = std::get_if<T>(&*value)) {
+        return *typedValue;
     }
     return unexpected(AccessibilityError{AccessibilityError::Kind::invalidValue});
+}
+
+template <class T>
+Expected<T, AccessibilityError> readAttribute(AccessibilityPort& port, const AXElement& element,
+                                              std::string_view attribute) {
+    return typed<T>(port.copyAttributeValue(element, attribute));
 }
 
 Expected<void, AccessibilityError> writeAttribute(AccessibilityPort& port, const AXElement& element,
@@ -70,11 +77,26 @@ Expected<std::vector<AXElement>, AccessibilityError> AccessibilityElement::windo
 }
 
 Expected<Rect, AccessibilityError> AccessibilityElement::frame(const AXElement& window) {
-    const auto position = readAttribute<Point>(accessibility_, window, AXAttribute::kPosition);
+    auto values = accessibility_.copyMultipleAttributeValues(
+        window, {kFrameAttributes.begin(), kFrameAttributes.end()});
+    return frameOf(values[0], values[1]);
+}
+
+AccessibilityElement::FrameAndFullScreen AccessibilityElement::frameAndFullScreen(
+    const AXElement& window) {
+    auto values = accessibility_.copyMultipleAttributeValues(
+        window, {kFrameAttributes[0], kFrameAttributes[1], AXAttribute::kFullScreen});
+    return {frameOf(values[0], values[1]), typed<bool>(values[2])};
+}
+
+Expected<Rect, AccessibilityError> AccessibilityElement::frameOf(
+    const Expected<AXValue, AXErrorCode>& positionValue,
+    const Expected<AXValue, AXErrorCode>& sizeValue) {
+    const auto position = typed<Point>(positionValue);
     if (!position) {
         return unexpected(position.error());
     }
-    const auto size = readAttribute<Size>(accessibility_, window, AXAttribute::kSize);
+    const auto size = typed<Size>(sizeValue);
     if (!size) {
         logger_.logger().warning("Failed to get current size: " + size.error().description());
         return unexpected(size.error());

@@ -33,8 +33,14 @@ public:
     // The windows ("AXWindows") of an application, front to back.
     Expected<std::vector<AXElement>, AccessibilityError> windows(ProcessId application);
 
-    // The window's frame in screen space, from "AXPosition" and "AXSize".
+    // The window's frame in screen space, from "AXPosition" and "AXSize" read together.
     Expected<Rect, AccessibilityError> frame(const AXElement& window);
+    struct FrameAndFullScreen {
+        Expected<Rect, AccessibilityError> frame;
+        Expected<bool, AccessibilityError> fullScreen;
+    };
+    // Both in one read, for a move about to start.
+    FrameAndFullScreen frameAndFullScreen(const AXElement& window);
     // Writes size, then position, then size again (a window that could not grow at its old place
     // can at its new one), logging the frame before and after. Every write is tried, so a window
     // that refuses its size still moves; the first failure is what is returned.
@@ -58,6 +64,9 @@ public:
     Rect convertFrame(const Rect& frame) const;
 
 private:
+    Expected<Rect, AccessibilityError> frameOf(const Expected<AXValue, AXErrorCode>& position,
+                                               const Expected<AXValue, AXErrorCode>& size);
+
     AccessibilityPort& accessibility_;
     ScreenPort& screens_;
     WindowListPort& windowList_;

@@ -102,12 +102,12 @@ void WindowMover::moveWindow(WindowMoveRequest request, WindowMoveCompletion com
     // A full-screen window owns its own space; moving it would only be undone by the system, so
     // it is refused rather than taken out of full screen behind the user's back. Windows that do
     // not report the attribute are not full screen.
-    if (const auto fullScreen = accessibilityElement_.isFullScreen(window);
-        fullScreen && *fullScreen) {
+    // Read together with the frame: on a display server every read is a round trip.
+    const auto [current, fullScreen] = accessibilityElement_.frameAndFullScreen(window);
+    if (fullScreen && *fullScreen) {
         finish(move, unexpected(WindowMoveError::windowIsFullscreen));
         return;
     }
-    const auto current = accessibilityElement_.frame(window);
     if (!current) {
         logger_.logger().error("Failed to read the window's frame: " +
                                current.error().description());

@@ -82,6 +82,30 @@ TEST_F(X11AccessibilityTest, ReadsTheOuterFrameAndTheWindowsHints) {
     EXPECT_FALSE(read<bool>(AXAttribute::kFullScreen));
     EXPECT_EQ(accessibility.copyAttributeValue(windowElement(), "AXNothing").error(),
               AXErrorCode::attributeUnsupported);
+
+    // Asked together, the same answers in the order asked; the frame and the states share one
+    // wait for the server.
+    const std::vector<std::string_view> together = {AXAttribute::kSize, "AXNothing",
+                                                    AXAttribute::kFullScreen, AXAttribute::kTitle,
+                                                    AXAttribute::kPosition};
+    const auto element = windowElement();
+    const auto before = fixture.connection().roundTrips();
+    const auto values = accessibility.copyMultipleAttributeValues(element, together);
+    ASSERT_EQ(values.size(), together.size());
+    for (std::size_t index = 0; index < together.size(); ++index) {
+        const auto alone = accessibility.copyAttributeValue(element, together[index]);
+        ASSERT_EQ(values[index].has_value(), alone.has_value()) << together[index];
+        if (alone) {
+            EXPECT_EQ(*values[index], *alone) << together[index];
+        } else {
+            EXPECT_EQ(values[index].error(), alone.error()) << together[index];
+        }
+    }
+    const auto frameAndState = fixture.connection().roundTrips();
+    (void)accessibility.copyMultipleAttributeValues(
+        element, {AXAttribute::kPosition, AXAttribute::kSize, AXAttribute::kFullScreen});
+    EXPECT_EQ(fixture.connection().roundTrips() - frameAndState, 1u);
+    EXPECT_GT(frameAndState - before, 1u) << "the title is a read of its own";
 }
 
 TEST_F(X11AccessibilityTest, ASetIsAppliedBeforeItReturns) {
@@ -178,6 +202,10 @@ TEST_F(X11AccessibilityTest, TheCloseButtonAsksTheApplicationAndGoneWindowsAreIn
     ASSERT_TRUE(fixture.runUntil([&] { return applications.windowsOf(self).empty(); }));
     EXPECT_EQ(accessibility.copyAttributeValue(element, AXAttribute::kPosition).error(),
               AXErrorCode::invalidUIElement);
+    for (const auto& value : accessibility.copyMultipleAttributeValues(
+             element, {AXAttribute::kPosition, AXAttribute::kFullScreen})) {
+        EXPECT_EQ(value.error(), AXErrorCode::invalidUIElement);
+    }
     EXPECT_EQ(accessibility.setAttributeValue(element, AXAttribute::kPosition, Point{1, 1}),
               AXErrorCode::invalidUIElement);
     EXPECT_EQ(accessibility.performAction(button, AXAction::kPress), AXErrorCode::invalidUIElement);

@@ -125,22 +125,11 @@ Expected<AXValue, AXErrorCode> X11Accessibility::applicationAttribute(ProcessId 
 Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId process,
                                                                  xcb_window_t window,
                                                                  std::string_view attribute) {
-    if (attribute == AXAttribute::kPosition || attribute == AXAttribute::kSize) {
-        auto frame = properties_.frameRect(window);
-        if (!frame) {
-            return unexpected(errorOf(frame.error()));
-        }
-        const Rect rect = screens_.coordinates().toAccessibility(*frame);
-        return attribute == AXAttribute::kPosition ? AXValue(rect.origin) : AXValue(rect.size);
+    if (isFrameAttribute(attribute)) {
+        return frameAttribute(properties_.outerFrame(window), attribute);
     }
-    if (attribute == AXAttribute::kMinimized || attribute == AXAttribute::kFullScreen) {
-        auto state = properties_.hasState(window, attribute == AXAttribute::kMinimized
-                                                      ? "_NET_WM_STATE_HIDDEN"
-                                                      : "_NET_WM_STATE_FULLSCREEN");
-        if (!state) {
-            return unexpected(errorOf(state.error()));
-        }
-        return AXValue(*state);
+    if (isStateAttribute(attribute)) {
+        return stateAttribute(properties_.states(window), attribute);
     }
     if (attribute == AXAttribute::kMinSize) {
         const auto hints = sizeHints(window);
@@ -186,6 +175,71 @@ Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId proce
         return AXValue(std::string("AXWindow"));
     }
     return unexpected(AXErrorCode::attributeUnsupported);
+}
+
+std::vector<Expected<AXValue, AXErrorCode>> X11Accessibility::copyMultipleAttributeValues(
+    const AXElement& element, const std::vector<std::string_view>& attributes) {
+    const auto resolved = resolve(element);
+    if (!resolved || resolved->kind != Kind::window) {
+        return AccessibilityPort::copyMultipleAttributeValues(element, attributes);
+    }
+    // A move reads the frame and the states together: asked at once, they cost one round trip.
+    const xcb_window_t window = resolved->window;
+    std::optional<X11Properties::OuterFrameRequest> frameAsked;
+    std::optional<xcb_get_property_cookie_t> statesAsked;
+    if (std::ranges::any_of(attributes, isFrameAttribute)) {
+        frameAsked = properties_.requestOuterFrame(window);
+    }
+    if (std::ranges::any_of(attributes, isStateAttribute)) {
+        statesAsked = properties_.requestStates(window);
+    }
+    std::optional<Expected<X11Properties::OuterFrame, X11Error>> frame;
+    std::optional<Expected<std::vector<xcb_atom_t>, X11Error>> states;
+    if (frameAsked) {
+        frame = properties_.outerFrameOf(*frameAsked);
+    }
+    if (statesAsked) {
+        states = properties_.valuesOf(*statesAsked, XCB_ATOM_ATOM);
+    }
+    std::vector<Expected<AXValue, AXErrorCode>> values;
+    values.reserve(attributes.size());
+    for (const auto attribute : attributes) {
+        if (isFrameAttribute(attribute)) {
+            values.push_back(frameAttribute(*frame, attribute));
+        } else if (isStateAttribute(attribute)) {
+            values.push_back(stateAttribute(*states, attribute));
+        } else {
+            values.push_back(windowAttribute(element.process(), window, attribute));
+        }
+    }
+    return values;
+}
+
+bool X11Accessibility::isFrameAttribute(std::string_view attribute) {
+    return attribute == AXAttribute::kPosition || attribute == AXAttribute::kSize;
+}
+
+bool X11Accessibility::isStateAttribute(std::string_view attribute) {
+    return attribute == AXAttribute::kMinimized || attribute == AXAttribute::kFullScreen;
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::frameAttribute(
+    const Expected<X11Properties::OuterFrame, X11Error>& frame, std::string_view attribute) {
+    if (!frame) {
+        return unexpected(errorOf(frame.error()));
+    }
+    const Rect rect = screens_.coordinates().toAccessibility(frame->rect);
+    return attribute == AXAttribute::kPosition ? AXValue(rect.origin) : AXValue(rect.size);
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::stateAttribute(
+    const Expected<std::vector<xcb_atom_t>, X11Error>& states, std::string_view attribute) {
+    if (!states) {
+        return unexpected(errorOf(states.error()));
+    }
+    const xcb_atom_t state = connection_.atom(
+        attribute == AXAttribute::kMinimized ? "_NET_WM_STATE_HIDDEN" : "_NET_WM_STATE_FULLSCREEN");
+    return AXValue(std::ranges::find(*states, state) != states->end());
 }
 
 AXErrorCode X11Accessibility::setAttributeValue(const AXElement& element,
@@ -257,13 +311,22 @@ Expected<ProcessId, AXErrorCode> X11Accessibility::processOf(const AXElement& el
 
 AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Point> position,
                                          std::optional<Size> size) {
-    if (const auto failed = unmaximize(window); failed != AXErrorCode::success) {
-        return failed;
-    }
+    // Everything the request is reckoned from, asked at once: one round trip.
+    const auto statesCookie = properties_.requestStates(window);
     const auto hintsCookie =
         properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
-    const auto outer = properties_.outerFrame(window);
+    const auto frameCookies = properties_.requestOuterFrame(window);
+    const auto states = properties_.valuesOf(statesCookie, XCB_ATOM_ATOM);
     const auto hints = sizeHintsOf(hintsCookie);
+    auto outer = properties_.outerFrameOf(frameCookies);
+    if (!states) {
+        return errorOf(states.error());
+    }
+    if (isMaximized(*states)) {
+        unmaximize(window, outer);
+        // The decorations changed with it, and the size asked is reckoned with the new ones.
+        outer = properties_.outerFrame(window);
+    }
     if (!outer) {
         return errorOf(outer.error());
     }
@@ -321,19 +384,16 @@ std::optional<X11SizeHints> X11Accessibility::sizeHintsOf(xcb_get_property_cooki
     return X11SizeHints::from(hints);
 }
 
-AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {
-    const auto states = properties_.states(window);
-    if (!states) {
-        return errorOf(states.error());
-    }
-    if (std::ranges::find(*states, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT")) ==
-            states->end() &&
-        std::ranges::find(*states, connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ")) ==
-            states->end()) {
-        return AXErrorCode::success;
-    }
+bool X11Accessibility::isMaximized(const std::vector<xcb_atom_t>& states) {
+    return std::ranges::find(states, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT")) !=
+               states.end() ||
+           std::ranges::find(states, connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ")) !=
+               states.end();
+}
+
+void X11Accessibility::unmaximize(xcb_window_t window,
+                                  const Expected<X11Properties::OuterFrame, X11Error>& maximized) {
     // A maximized window would take the request as the size to restore to later.
-    const auto maximized = properties_.outerFrame(window);
     sendToRoot(window, "_NET_WM_STATE",
                {kStateRemove, connection_.atom("_NET_WM_STATE_MAXIMIZED_VERT"),
                 connection_.atom("_NET_WM_STATE_MAXIMIZED_HORZ"), 2, 0});
@@ -348,7 +408,6 @@ AXErrorCode X11Accessibility::unmaximize(xcb_window_t window) {
                  (now->rect != maximized->rect && (now->extents.top != maximized->extents.top ||
                                                    now->extents.left != maximized->extents.left))));
     });
-    return AXErrorCode::success;
 }
 
 AXErrorCode X11Accessibility::setState(xcb_window_t window, std::string_view state, bool on) {

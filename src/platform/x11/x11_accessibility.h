@@ -43,6 +43,9 @@ public:
     AXElement applicationElement(ProcessId process) override { return AXElement(process, 0); }
     Expected<AXValue, AXErrorCode> copyAttributeValue(const AXElement& element,
                                                       std::string_view attribute) override;
+    // Position, size and the states of one window are read together, in one round trip.
+    std::vector<Expected<AXValue, AXErrorCode>> copyMultipleAttributeValues(
+        const AXElement& element, const std::vector<std::string_view>& attributes) override;
     AXErrorCode setAttributeValue(const AXElement& element, std::string_view attribute,
                                   const AXValue& value) override;
     AXErrorCode performAction(const AXElement& element, std::string_view action) override;
@@ -62,7 +65,16 @@ private:
     AXErrorCode moveResize(xcb_window_t window, std::optional<Point> position,
                            std::optional<Size> size);
     AXErrorCode setState(xcb_window_t window, std::string_view state, bool on);
-    AXErrorCode unmaximize(xcb_window_t window);
+    static bool isFrameAttribute(std::string_view attribute);
+    static bool isStateAttribute(std::string_view attribute);
+    Expected<AXValue, AXErrorCode> frameAttribute(
+        const Expected<X11Properties::OuterFrame, X11Error>& frame, std::string_view attribute);
+    Expected<AXValue, AXErrorCode> stateAttribute(
+        const Expected<std::vector<xcb_atom_t>, X11Error>& states, std::string_view attribute);
+    bool isMaximized(const std::vector<xcb_atom_t>& states);
+    // Takes the window out of both maximized states and waits for the window manager.
+    void unmaximize(xcb_window_t window,
+                    const Expected<X11Properties::OuterFrame, X11Error>& maximized);
     // WM_NORMAL_HINTS; none when the window sets none or is gone.
     std::optional<X11SizeHints> sizeHints(xcb_window_t window);
     std::optional<X11SizeHints> sizeHintsOf(xcb_get_property_cookie_t cookie);

@@ -108,6 +108,7 @@ void X11Connection::flush() {
 }
 
 Expected<void, X11Error> X11Connection::check(xcb_void_cookie_t cookie) {
+    ++roundTrips_;
     xcb_generic_error_t* error = xcb_request_check(connection_, cookie);
     readEventsSoon();
     if (error) {
@@ -130,6 +131,7 @@ void X11Connection::synchronize(std::function<void()> done) {
 bool X11Connection::waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& wanted,
                                  std::chrono::milliseconds patience) {
     const auto deadline = std::chrono::steady_clock::now() + patience;
+    ++roundTrips_;
     flush();
     // Whatever stays queued when this returns must not wait for the socket to wake again.
     readEventsSoon();
@@ -157,6 +159,11 @@ void X11Connection::readEvents() {
         XcbPointer<xcb_generic_event_t> event(raw);
         dispatch(*event);
     }
+}
+
+void X11Connection::countRoundTrip() {
+    ++roundTrips_;
+    readEventsSoon();
 }
 
 bool X11Connection::hasFailed() const {

@@ -64,7 +64,7 @@ struct X11Desktop::Parts {
     }
 
     RepliesRead repliesRead() {
-        return [this] { connection->readEventsSoon(); };
+        return [this] { connection->countRoundTrip(); };
     }
 
     PrimaryMonitorInRoot primaryInRoot() {
@@ -128,6 +128,10 @@ AlertPort& X11Desktop::alertPort() {
 }
 HotKeyPort& X11Desktop::hotKeyPort() {
     return parts_->hotKeys;
+}
+
+std::uint64_t X11Desktop::roundTrips() const {
+    return parts_->connection->roundTrips();
 }
 
 void X11Desktop::synchronize(std::function<void()> done) {

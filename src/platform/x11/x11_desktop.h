@@ -1,6 +1,7 @@
 // x11_desktop.h: The X11 desktop: every port over one connection to an X server.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -35,6 +36,8 @@ public:
     EventMonitorPort& eventMonitorPort() override;
     AlertPort& alertPort() override;
     HotKeyPort& hotKeyPort() override;
+    // How often the program has waited for the X server so far (X11Connection::roundTrips).
+    std::uint64_t roundTrips() const;
     // A round trip to the server, then the events it sent until then, then `done`.
     void synchronize(std::function<void()> done) override;
 

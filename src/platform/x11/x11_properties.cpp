@@ -132,12 +132,20 @@ Expected<RootRect, X11Error> X11Properties::frameRect(xcb_window_t window) {
 
 Expected<X11Properties::OuterFrame, X11Error> X11Properties::outerFrame(xcb_window_t window) {
     // All three asked at once: one round trip to the server instead of three.
+    return outerFrameOf(requestOuterFrame(window));
+}
+
+X11Properties::OuterFrameRequest X11Properties::requestOuterFrame(xcb_window_t window) {
     auto* raw = connection_.raw();
-    const auto geometryCookie = xcb_get_geometry(raw, window);
-    const auto translateCookie = xcb_translate_coordinates(raw, window, connection_.root(), 0, 0);
-    const auto extentsCookie = request(window, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL);
-    auto client = clientRectOf(geometryCookie, translateCookie);
-    auto extents = extentsOf(extentsCookie);
+    return {xcb_get_geometry(raw, window),
+            xcb_translate_coordinates(raw, window, connection_.root(), 0, 0),
+            request(window, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL)};
+}
+
+Expected<X11Properties::OuterFrame, X11Error> X11Properties::outerFrameOf(
+    const OuterFrameRequest& asked) {
+    auto client = clientRectOf(asked.geometry, asked.translation);
+    auto extents = extentsOf(asked.extents);
     if (!client) {
         return unexpected(client.error());
     }
@@ -151,7 +159,11 @@ Expected<X11Properties::OuterFrame, X11Error> X11Properties::outerFrame(xcb_wind
 }
 
 Expected<std::vector<xcb_atom_t>, X11Error> X11Properties::states(xcb_window_t window) {
-    return values(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
+    return valuesOf(requestStates(window), XCB_ATOM_ATOM);
+}
+
+xcb_get_property_cookie_t X11Properties::requestStates(xcb_window_t window) {
+    return request(window, "_NET_WM_STATE", XCB_ATOM_ATOM);
 }
 
 Expected<bool, X11Error> X11Properties::hasState(xcb_window_t window, std::string_view state) {

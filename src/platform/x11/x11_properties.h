@@ -68,6 +68,15 @@ public:
     };
     // The same with the extents it was reckoned with.
     Expected<OuterFrame, X11Error> outerFrame(xcb_window_t window);
+    // The outer frame split in asking and answering, to share a round trip with other reads.
+    struct OuterFrameRequest {
+        xcb_get_geometry_cookie_t geometry;
+        xcb_translate_coordinates_cookie_t translation;
+        xcb_get_property_cookie_t extents;
+    };
+    OuterFrameRequest requestOuterFrame(xcb_window_t window);
+    Expected<OuterFrame, X11Error> outerFrameOf(const OuterFrameRequest& request);
+    xcb_get_property_cookie_t requestStates(xcb_window_t window);
     // _NET_WM_STATE: the states the window is in.
     Expected<std::vector<xcb_atom_t>, X11Error> states(xcb_window_t window);
     // Whether _NET_WM_STATE holds the state atom.
