@@ -27,7 +27,7 @@
 #include <poll.h>
 #include <xcb/xcb.h>
 
-#include "app/window_services.h"
+#include "app/service_root.h"
 #include "automation/socket_client.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
@@ -228,7 +228,8 @@ public:
         if (!desktop) {
             throw std::runtime_error(desktop.error());
         }
-        WindowServices services(**desktop, queue, defaults, logging);
+        ServiceRoot services(
+            ProcessPlumbing{**desktop, queue, defaults, notifications, logbook, logging});
         InProcess result;
         for (int press = 0; press < kWarmUpPresses + presses_; ++press) {
             using enum WindowDirection::Case;
