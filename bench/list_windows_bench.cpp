@@ -9,11 +9,9 @@
 
 #include "app/service_root.h"
 #include "automation/automation_methods.h"
-#include "diagnostics/logbook.h"
-#include "diagnostics/logging_service.h"
 #include "foundation/manual_queue.h"
-#include "foundation/notification_center.h"
 #include "platform/sim/simulated_desktop.h"
+#include "support/manual_plumbing.h"
 
 namespace corvetta {
 namespace {
@@ -36,17 +34,9 @@ SimulatedDesktopSetup manyApplications(int count) {
 
 void BM_ListWindows(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
-    InMemoryPreferences loggingDefaults{{{LoggingService::kMinimumLogLevelKey, 2}}};
-    InMemoryPreferences defaults;
-    NotificationCenter notifications;
-    ManualClock clock;
-    ManualQueue queue{clock};
-    Logbook logbook{loggingDefaults, notifications, clock, nullptr};
-    LoggingService logging{loggingDefaults, logbook};
-    SimulatedDesktop desktop{manyApplications(count), queue};
-    ServiceRoot services{ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging,
-                                         std::nullopt, "Corvetta 0.1.0",
-                                         "simulated benchmark desktop"}};
+    testing::ManualPlumbing plumbing;
+    SimulatedDesktop desktop{manyApplications(count), plumbing.queue};
+    ServiceRoot services{plumbing.on(desktop, "simulated benchmark desktop")};
     AutomationMethods& methods = *services.automationMethods;
     std::size_t listed = 0;
     for (auto _ : state) {

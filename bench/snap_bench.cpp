@@ -8,11 +8,8 @@
 #include <benchmark/benchmark.h>
 
 #include "app/service_root.h"
-#include "diagnostics/logbook.h"
-#include "diagnostics/logging_service.h"
-#include "foundation/manual_queue.h"
-#include "foundation/notification_center.h"
 #include "platform/sim/simulated_desktop.h"
+#include "support/manual_plumbing.h"
 
 namespace corvetta {
 namespace {
@@ -33,16 +30,11 @@ SimulatedDesktopSetup twoDisplays() {
 }
 
 void BM_SnapThroughTheMover(benchmark::State& state) {
-    InMemoryPreferences loggingDefaults({{LoggingService::kMinimumLogLevelKey, 2}});
-    InMemoryPreferences defaults({{"layoutSpacing", 10}});
-    NotificationCenter notifications;
-    ManualClock clock;
-    ManualQueue queue(clock);
-    Logbook logbook(loggingDefaults, notifications, clock, nullptr);
-    LoggingService logging(loggingDefaults, logbook);
+    testing::ManualPlumbing plumbing;
+    plumbing.defaults.set("layoutSpacing", 10);
+    auto& queue = plumbing.queue;
     SimulatedDesktop desktop(twoDisplays(), queue);
-    ServiceRoot services(
-        ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging});
+    ServiceRoot services(plumbing.on(desktop));
 
     using enum WindowDirection::Case;
     const std::array<WindowDirection, 6> actions = {leftHalf, rightTwoThirds,  bottomHalf,

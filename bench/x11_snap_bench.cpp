@@ -29,12 +29,9 @@
 
 #include "app/service_root.h"
 #include "automation/socket_client.h"
-#include "diagnostics/logbook.h"
-#include "diagnostics/logging_service.h"
-#include "foundation/manual_queue.h"
-#include "foundation/notification_center.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
+#include "support/manual_plumbing.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
@@ -216,20 +213,13 @@ public:
         std::vector<double> milliseconds;
     };
     InProcess measureInProcess(int minimumLogLevel) {
-        InMemoryPreferences loggingDefaults(
-            {{LoggingService::kMinimumLogLevelKey, minimumLogLevel}});
-        InMemoryPreferences defaults;
-        NotificationCenter notifications;
-        ManualClock clock;
-        ManualQueue queue(clock);
-        Logbook logbook(loggingDefaults, notifications, clock, nullptr);
-        LoggingService logging(loggingDefaults, logbook);
+        testing::ManualPlumbing plumbing(minimumLogLevel);
+        auto& queue = plumbing.queue;
         auto desktop = X11Desktop::open(display_.displayName(), queue, [](const std::string&) {});
         if (!desktop) {
             throw std::runtime_error(desktop.error());
         }
-        ServiceRoot services(
-            ProcessPlumbing{**desktop, queue, defaults, notifications, logbook, logging});
+        ServiceRoot services(plumbing.on(**desktop));
         InProcess result;
         for (int press = 0; press < kWarmUpPresses + presses_; ++press) {
             using enum WindowDirection::Case;

@@ -14,12 +14,9 @@
 #include "automation/automation_methods.h"
 #include "automation/line_reader.h"
 #include "automation/socket_request.h"
-#include "diagnostics/logbook.h"
-#include "diagnostics/logging_service.h"
 #include "foundation/manual_queue.h"
-#include "foundation/notification_center.h"
-#include "foundation/preferences.h"
 #include "platform/sim/simulated_desktop.h"
+#include "support/manual_plumbing.h"
 
 namespace corvetta {
 namespace {
@@ -54,16 +51,10 @@ SimulatedDesktopSetup fuzzDesktop() {
 
 // The methods of the program's services on a fresh desktop, so each input runs alone.
 struct MethodsOnADesktop {
-    InMemoryPreferences loggingDefaults{{{LoggingService::kMinimumLogLevelKey, 2}}};
-    InMemoryPreferences defaults;
-    NotificationCenter notifications;
-    ManualClock clock;
-    ManualQueue queue{clock};
-    Logbook logbook{loggingDefaults, notifications, clock, nullptr};
-    LoggingService logging{loggingDefaults, logbook};
+    testing::ManualPlumbing plumbing;
+    ManualQueue& queue = plumbing.queue;
     SimulatedDesktop desktop{fuzzDesktop(), queue};
-    ServiceRoot services{ProcessPlumbing{desktop, queue, defaults, notifications, logbook, logging,
-                                         std::nullopt, "Corvetta 0.1.0", "simulated fuzz desktop"}};
+    ServiceRoot services{plumbing.on(desktop, "simulated fuzz desktop")};
     AutomationMethods& methods = *services.automationMethods;
 };
 
