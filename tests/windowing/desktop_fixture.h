@@ -29,15 +29,12 @@ protected:
         SimulatedDesktopSetup setup;
         setup.displays = {{1, "Built-in", {0, 0, 1440, 900}, kPrimaryVisible, 2, true},
                           {2, "External", kSecondaryFrame, kSecondaryFrame, 1, false}};
-        setup.applications = {{kEditor, "com.example.editor", "Editor", ActivationPolicy::regular,
-                               false, false, std::move(editorWindows)},
-                              {kFrozen,
-                               "com.example.frozen",
-                               "Frozen",
-                               ActivationPolicy::regular,
-                               false,
-                               true,
-                               {{.number = kFrozenWindow, .frame = {0, 25, 200, 200}}}}};
+        setup.applications = {
+            {.pid = kEditor, .name = "Editor", .windows = std::move(editorWindows)},
+            {.pid = kFrozen,
+             .name = "Frozen",
+             .unresponsive = true,
+             .windows = {{.number = kFrozenWindow, .frame = {0, 25, 200, 200}}}}};
         setup.frontmost = kEditor;
         return setup;
     }

@@ -151,7 +151,6 @@ TEST_F(WindowCalculationServiceTest, EveryResultIsLoggedUnlessOnlyWarningsAreKep
 TEST_F(WindowCalculationServiceTest, AlmostMaximizeAndSpecifiedSizes) {
     const Stored nines = {{keys::kAlmostMaximizeHeight, 0.9}, {keys::kAlmostMaximizeWidth, 0.9}};
     const Stored flat = {{keys::kAlmostMaximizeHeight, 0.5}, {keys::kAlmostMaximizeWidth, 1}};
-    const Stored outside = {{keys::kAlmostMaximizeHeight, 1.5}, {keys::kAlmostMaximizeWidth, 0}};
     const Stored halves = {{keys::kSpecifiedWidth, 0.5}, {keys::kSpecifiedHeight, 0.5}};
     const Stored points = {{keys::kSpecifiedWidth, 800.5}, {keys::kSpecifiedHeight, 600.5}};
     const Stored whole = {{keys::kSpecifiedWidth, 1.0}, {keys::kSpecifiedHeight, 1.0}};
@@ -161,7 +160,6 @@ TEST_F(WindowCalculationServiceTest, AlmostMaximizeAndSpecifiedSizes) {
         {{}, Case::almostMaximize, {0, 0, 1000, 800}, {50, 40, 899, 719}},
         {nines, Case::almostMaximize, {0, 0, 1000, 800}, {50, 40, 899, 719}},
         {flat, Case::almostMaximize, {-1441, 100, 1441, 901}, {-1441, 325, 1441, 450}},
-        {outside, Case::almostMaximize, {0, 0, 1000, 800}, {50, 40, 899, 719}},
         {{}, Case::specified, {0, 0, 1440, 875}, {720, 438, 0, 0}},
         // Fractions floor, centring rounds halves away from zero.
         {halves, Case::specified, {0, 0, 1441, 875}, {361, 219, 720, 437}},
@@ -191,35 +189,25 @@ TEST_F(WindowCalculationServiceTest, AlmostMaximizeAndSpecifiedSizes) {
 }
 
 TEST_F(WindowCalculationServiceTest, TunablesFollowTheirRangeRules) {
-    const std::vector<std::tuple<const char*, std::optional<PropertyValue>, double>> rows = {
-        {keys::kAlmostMaximizeHeight, 0.5, 0.5},
+    // The defaults show in the calculation tables' rows without stored settings, and values far
+    // out of range in the test above; here each reader takes its own key and its edge cases.
+    const std::vector<std::tuple<const char*, PropertyValue, double>> rows = {
         {keys::kAlmostMaximizeHeight, 1, 1},
         {keys::kAlmostMaximizeHeight, 1.5, kDefaultFraction},
         {keys::kAlmostMaximizeHeight, 0, kDefaultFraction},
         {keys::kAlmostMaximizeHeight, "0.75", 0.75},
         {keys::kAlmostMaximizeHeight, "tall", kDefaultFraction},
-        {keys::kAlmostMaximizeWidth, std::nullopt, kDefaultFraction},
         {keys::kAlmostMaximizeWidth, 0.3, static_cast<float>(0.3)},
-        {keys::kAlmostMaximizeWidth, 1.5, kDefaultFraction},
         {keys::kAlmostMaximizeWidth, 1.0000000001, 1},  // narrows to 1, so it is in range
-        {keys::kGapSize, std::nullopt, 5},
         {keys::kGapSize, 12.5, 12.5},
         {keys::kGapSize, 0, 5},
-        {keys::kSizeOffset, std::nullopt, 30},
-        {keys::kSizeOffset, 25, 25},
         {keys::kSizeOffset, 0, 30},
-        {keys::kCurtainChangeSize, std::nullopt, false},
         {keys::kCurtainChangeSize, true, true},
         {keys::kSpecifiedWidth, -20, 0},  // no size is negative
-        {keys::kSpecifiedWidth, 0.1, static_cast<float>(0.1)},
-        {keys::kSpecifiedHeight, std::nullopt, 0},
         {keys::kSpecifiedHeight, 4000, 4000},
     };
     for (const auto& [key, value, expected] : rows) {
-        InMemoryPreferences stored;
-        if (value) {
-            stored.set(key, *value);
-        }
+        const InMemoryPreferences stored({{key, value}});
         const AlmostMaximizeCalculation almost(stored);
         const ChangeSizeCalculation change(stored);
         const SpecifiedCalculation specified(stored);
@@ -231,7 +219,7 @@ TEST_F(WindowCalculationServiceTest, TunablesFollowTheirRangeRules) {
                             : k == keys::kCurtainChangeSize   ? change.curtainChangeSize()
                             : k == keys::kSpecifiedWidth      ? specified.specifiedWidth()
                                                               : specified.specifiedHeight();
-        EXPECT_EQ(read, expected) << key << " = " << (value ? value->toDouble().value_or(-1) : -2);
+        EXPECT_EQ(read, expected) << key << " = " << value.toDouble().value_or(-1);
     }
 }
 
