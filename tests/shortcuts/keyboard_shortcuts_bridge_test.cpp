@@ -22,9 +22,7 @@ TEST_F(BridgeTest, LookupPrefersTheLiveStoreThenFallsBack) {
     const std::vector<Row> rows = {
         // A fresh installation answers the name's own default, Shift included.
         {"quitApp", [] {}, Shortcut{12, kControlOption | ModifierFlag::kShift}, false},
-        {"newLayout", [] {}, Shortcut{37, kControlOption}, false},
         {"topThird", [] {}, std::nullopt, false},
-        {"commandPalette", [] {}, std::nullopt, false},
         {"leftHalf", [&] { bridge().setShortcut("leftHalf", custom); }, custom, false},
         // Cleared in the live store: only this table's default is left.
         {"rightHalf", [&] { bridge().setShortcut("rightHalf", std::nullopt); },

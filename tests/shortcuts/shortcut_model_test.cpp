@@ -20,44 +20,29 @@ TEST(ShortcutNamesTest, EveryRowWithBothDefaultsInOrder) {
         std::string name, library, bridge;
         bool inNameMap;
     };
+    // clang-format off
     const std::vector<Row> expected = {
-        {"leftHalf", "⌃⌥←", "⌃⌥←", true},
-        {"rightHalf", "⌃⌥→", "⌃⌥→", true},
-        {"topHalf", "⌃⌥↑", "⌃⌥↑", true},
-        {"bottomHalf", "⌃⌥↓", "⌃⌥↓", true},
-        {"topLeftQuarter", "⌃⌥U", "⌃⌥U", true},
-        {"topRightQuarter", "⌃⌥I", "⌃⌥I", true},
-        {"bottomLeftQuarter", "⌃⌥J", "⌃⌥J", true},
-        {"bottomRightQuarter", "⌃⌥K", "⌃⌥K", true},
-        {"leftThird", "⌃⌥D", "⌃⌥D", true},
-        {"centerThird", "⌃⌥F", "⌃⌥F", true},
-        {"rightThird", "⌃⌥G", "⌃⌥G", true},
-        {"leftTwoThirds", "⌃⌥E", "⌃⌥E", true},
-        {"centerTwoThirds", "⌃⌥R", "⌃⌥R", true},
-        {"rightTwoThirds", "⌃⌥T", "⌃⌥T", true},
-        {"topThird", "none", "none", true},
-        {"centerVerticalThird", "none", "none", true},
-        {"bottomThird", "none", "none", true},
-        {"fullscreen", "⌃⌥↩", "⌃⌥↩", true},
-        {"center", "none", "none", true},
-        {"moveToNextDisplay", "⌃⌥⌘→", "⌃⌥⌘→", true},
-        {"moveToPreviousDisplay", "⌃⌥⌘←", "⌃⌥⌘←", true},
-        {"saveWorkspace", "⌃⌥S", "⌃⌥S", true},
-        {"quitApp", "⌃⌥⇧Q", "⌃⌥Q", true},
-        {"newLayout", "⌃⌥L", "none", false},
-        {"addSpace", "⌃⌥N", "none", false},
-        {"cycleWorkspaces", "none", "none", false},
-        {"cycleSpaces", "none", "none", false},
-        {"commandPalette", "none", "none", false},
-        {"applyLayoutHalves", "none", "none", true},
-        {"applyLayoutThirds", "none", "none", true},
-        {"applyLayoutFourths", "none", "none", true},
-        {"applyLayoutMainLeft", "none", "none", true},
-        {"applyLayoutMainRight", "none", "none", true},
-        {"applyLayoutFull", "none", "none", true},
+        {"leftHalf", "⌃⌥←", "⌃⌥←", true}, {"rightHalf", "⌃⌥→", "⌃⌥→", true},
+        {"topHalf", "⌃⌥↑", "⌃⌥↑", true}, {"bottomHalf", "⌃⌥↓", "⌃⌥↓", true},
+        {"topLeftQuarter", "⌃⌥U", "⌃⌥U", true}, {"topRightQuarter", "⌃⌥I", "⌃⌥I", true},
+        {"bottomLeftQuarter", "⌃⌥J", "⌃⌥J", true}, {"bottomRightQuarter", "⌃⌥K", "⌃⌥K", true},
+        {"leftThird", "⌃⌥D", "⌃⌥D", true}, {"centerThird", "⌃⌥F", "⌃⌥F", true},
+        {"rightThird", "⌃⌥G", "⌃⌥G", true}, {"leftTwoThirds", "⌃⌥E", "⌃⌥E", true},
+        {"centerTwoThirds", "⌃⌥R", "⌃⌥R", true}, {"rightTwoThirds", "⌃⌥T", "⌃⌥T", true},
+        {"topThird", "none", "none", true}, {"centerVerticalThird", "none", "none", true},
+        {"bottomThird", "none", "none", true}, {"fullscreen", "⌃⌥↩", "⌃⌥↩", true},
+        {"center", "none", "none", true}, {"moveToNextDisplay", "⌃⌥⌘→", "⌃⌥⌘→", true},
+        {"moveToPreviousDisplay", "⌃⌥⌘←", "⌃⌥⌘←", true}, {"saveWorkspace", "⌃⌥S", "⌃⌥S", true},
+        {"quitApp", "⌃⌥⇧Q", "⌃⌥Q", true}, {"newLayout", "⌃⌥L", "none", false},
+        {"addSpace", "⌃⌥N", "none", false}, {"cycleWorkspaces", "none", "none", false},
+        {"cycleSpaces", "none", "none", false}, {"commandPalette", "none", "none", false},
+        {"applyLayoutHalves", "none", "none", true}, {"applyLayoutThirds", "none", "none", true},
+        {"applyLayoutFourths", "none", "none", true}, {"applyLayoutMainLeft", "none", "none", true},
+        {"applyLayoutMainRight", "none", "none", true}, {"applyLayoutFull", "none", "none", true},
         {"temp_workspace_shortcut", "none", "none", false},
         {"temp_layout_shortcut", "none", "none", false},
     };
+    // clang-format on
     const auto& table = shortcutNameTable();
     ASSERT_EQ(table.size(), expected.size());
     for (std::size_t i = 0; i < table.size(); ++i) {
@@ -160,23 +145,16 @@ TEST(ShortcutJsonTest, EncodedFormAndDamagedArchives) {
 
 TEST(KeyLabelsTest, ModifiersInMenuOrderThenTheKey) {
     using namespace ModifierFlag;
+    // clang-format off
     const std::vector<std::pair<Shortcut, std::string>> rows = {
         {{123, kControl | kOption}, "⌃⌥←"},
-        {{126, kCommand | kShift | kOption | kControl}, "⌃⌥⇧⌘↑"},
-        {{36, kCommand}, "⌘↩"},
-        {{0, kShift}, "⇧A"},
-        {{29, kControl}, "⌃0"},
-        {{122, 0}, "F1"},
-        {{111, kOption}, "⌥F12"},
-        {{49, kControl}, "⌃Space"},
-        {{48, kOption}, "⌥⇥"},
-        {{51, kCommand}, "⌘⌫"},
-        {{117, 0}, "⌦"},
-        {{53, 0}, "⎋"},
-        {{43, kCommand}, "⌘,"},
-        {{76, 0}, "⌤"},
+        {{126, kCommand | kShift | kOption | kControl}, "⌃⌥⇧⌘↑"}, {{36, kCommand}, "⌘↩"},
+        {{0, kShift}, "⇧A"}, {{29, kControl}, "⌃0"}, {{122, 0}, "F1"}, {{111, kOption}, "⌥F12"},
+        {{49, kControl}, "⌃Space"}, {{48, kOption}, "⌥⇥"}, {{51, kCommand}, "⌘⌫"}, {{117, 0}, "⌦"},
+        {{53, 0}, "⎋"}, {{43, kCommand}, "⌘,"}, {{76, 0}, "⌤"},
         {{200, kControl | 0x800000}, "⌃Key 200"},
     };
+    // clang-format on
     for (const auto& [shortcut, expected] : rows) {
         EXPECT_EQ(shortcutLabel(shortcut), expected) << shortcut.keyCode;
     }
