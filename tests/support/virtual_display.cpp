@@ -22,13 +22,7 @@ namespace corvetta::testing {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
-
-int millisecondsUntil(Clock::time_point deadline) {
-    return static_cast<int>(
-        std::max<long>(0, duration_cast<milliseconds>(deadline - Clock::now()).count()));
-}
 
 // A process descriptor lets a wait for a child share one poll with X events and carry a deadline.
 int processDescriptor(pid_t pid) {
@@ -92,50 +86,37 @@ std::string monitorGeometry(const VirtualMonitor& monitor) {
            "+" + std::to_string(monitor.x) + "+" + std::to_string(monitor.y);
 }
 
-std::vector<std::string> currentEnvironment() {
-    std::vector<std::string> result;
-    for (char** variable = environ; *variable; ++variable) {
-        result.emplace_back(*variable);
-    }
-    return result;
-}
-
 struct ConnectionCloser {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
 
 // In the isolated HOME each starts with the configuration its package installs. xfwm4 reads its
 // key bindings through xfconf, which needs a session bus of its own.
-std::vector<std::string> windowManagerCommand(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::openboxForTests:
-            return {"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG};
-        case WindowManager::xfwm4:
-            return {"dbus-run-session", "--", "xfwm4"};
-        default:
-            return {windowManagerName(windowManager)};
-    }
+struct WindowManagerRow {
+    WindowManager windowManager;
+    const char* name;
+    std::vector<std::string> command;
+};
+const WindowManagerRow kWindowManagers[] = {
+    {WindowManager::none, "none", {}},
+    {WindowManager::openboxForTests,
+     "openbox",
+     {"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG}},
+    {WindowManager::openbox, "openbox", {"openbox"}},
+    {WindowManager::metacity, "metacity", {"metacity"}},
+    {WindowManager::icewm, "icewm", {"icewm"}},
+    {WindowManager::fluxbox, "fluxbox", {"fluxbox"}},
+    {WindowManager::xfwm4, "xfwm4", {"dbus-run-session", "--", "xfwm4"}},
+};
+
+const WindowManagerRow& windowManagerRow(WindowManager windowManager) {
+    return *std::ranges::find(kWindowManagers, windowManager, &WindowManagerRow::windowManager);
 }
 
 }  // namespace
 
 std::string windowManagerName(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::none:
-            return "none";
-        case WindowManager::openboxForTests:
-        case WindowManager::openbox:
-            return "openbox";
-        case WindowManager::metacity:
-            return "metacity";
-        case WindowManager::icewm:
-            return "icewm";
-        case WindowManager::fluxbox:
-            return "fluxbox";
-        case WindowManager::xfwm4:
-            return "xfwm4";
-    }
-    return "unknown";
+    return windowManagerRow(windowManager).name;
 }
 
 VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
@@ -234,7 +215,7 @@ void VirtualDisplay::startWindowManager() {
     // into it runs with no key bindings at all.
     std::error_code error;
     std::filesystem::create_directories(scratch_->path() / "home", error);
-    windowManager_ = spawn(windowManagerCommand(options_.windowManager),
+    windowManager_ = spawn(windowManagerRow(options_.windowManager).command,
                            environment(isolatedEnvironment(scratch_->path())), logPath_);
     if (windowManager_ <= 0) {
         fail("could not start " + windowManagerName(options_.windowManager));

@@ -48,7 +48,6 @@ public:
 
     // ":N", for xcb_connect and DISPLAY.
     const std::string& displayName() const { return displayName_; }
-    const std::vector<VirtualMonitor>& monitors() const { return options_.monitors; }
 
     // `base` (NAME=VALUE texts) with DISPLAY pointing here and no other display named.
     std::vector<std::string> environment(std::vector<std::string> base) const;
