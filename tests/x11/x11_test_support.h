@@ -2,32 +2,36 @@
 #pragma once
 
 // What the X11 backend's tests share: a private X server, a queue the test drives, the backend's
-// connection, and a plain client connection that plays the other applications (and, where a test
-// runs without a window manager, the window manager's root properties).
+// connection, and plain client connections that play the other applications (and, where a test
+// runs without a window manager, the window manager's root properties) or the user at the
+// keyboard and mouse.
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
+#include <xcb/xtest.h>
 
 #include "foundation/clock.h"
 #include "foundation/manual_queue.h"
 #include "platform/x11/x11_connection.h"
-#include "support/child_process.h"
+#include "support/running_process.h"
 #include "support/virtual_display.h"
 
 namespace corvetta::testing {
 
 // Another X client: creates windows and writes properties the way applications and window
-// managers do.
+// managers do, and presses keys and buttons through XTest the way a user would.
 class FakeClient {
 public:
     explicit FakeClient(const std::string& display)
@@ -37,7 +41,12 @@ public:
         }
         root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
     }
-    ~FakeClient() { xcb_disconnect(connection_); }
+    ~FakeClient() {
+        if (symbols_) {
+            xcb_key_symbols_free(symbols_);
+        }
+        xcb_disconnect(connection_);
+    }
     FakeClient(const FakeClient&) = delete;
     FakeClient& operator=(const FakeClient&) = delete;
 
@@ -91,23 +100,44 @@ public:
             xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
     }
 
+    xcb_keycode_t keyCode(xcb_keysym_t symbol) {
+        if (!symbols_) {
+            symbols_ = xcb_key_symbols_alloc(connection_);
+        }
+        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(
+            xcb_key_symbols_get_keycode(symbols_, symbol), &std::free);
+        if (!codes || *codes == XCB_NO_SYMBOL) {
+            throw std::runtime_error("no key code for symbol " + std::to_string(symbol));
+        }
+        return *codes;
+    }
+    // After the keyboard mapping changed: key codes are looked up afresh.
+    void forgetKeyCodes() { xcb_key_symbols_free(std::exchange(symbols_, nullptr)); }
+    void fake(std::uint8_t type, std::uint8_t detail, std::int16_t x = 0, std::int16_t y = 0) {
+        xcb_test_fake_input(connection_, type, detail, XCB_CURRENT_TIME, root_, x, y, XCB_NONE);
+    }
+    void press(xcb_keysym_t symbol) { fake(XCB_KEY_PRESS, keyCode(symbol)); }
+    void release(xcb_keysym_t symbol) { fake(XCB_KEY_RELEASE, keyCode(symbol)); }
+    // Presses the keys in order and releases them in reverse.
+    void type(std::initializer_list<xcb_keysym_t> symbols) {
+        for (const auto symbol : symbols) {
+            press(symbol);
+        }
+        for (auto symbol = std::rbegin(symbols); symbol != std::rend(symbols); ++symbol) {
+            release(*symbol);
+        }
+    }
+    void moveTo(std::int16_t x, std::int16_t y) { fake(XCB_MOTION_NOTIFY, 0, x, y); }
+    void click(std::uint8_t button) {
+        fake(XCB_BUTTON_PRESS, button);
+        fake(XCB_BUTTON_RELEASE, button);
+    }
+
 private:
     xcb_connection_t* connection_;
     xcb_window_t root_ = 0;
+    xcb_key_symbols_t* symbols_ = nullptr;
 };
-
-// Runs a command line to its end; the exit status.
-inline int runProgram(std::vector<std::string> arguments, std::vector<std::string> environment) {
-    auto argv = nullTerminated(arguments);
-    auto envp = nullTerminated(environment);
-    pid_t pid = 0;
-    if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), envp.data()) != 0) {
-        return -1;
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 // A private display with the backend connected to it on a manual queue.
 class X11Fixture {
@@ -130,9 +160,10 @@ public:
     X11Connection& connection() { return *connection_; }
     FakeClient& client() { return *client_; }
 
-    int xrandr(std::vector<std::string> arguments) {
+    // Whether xrandr with `arguments` succeeded.
+    bool xrandr(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "xrandr");
-        return runProgram(std::move(arguments), display_.environment());
+        return RunningProcess(std::move(arguments), display_.environment()).waitForExit() == 0;
     }
 
     // Runs the queue until `done` holds or the safety deadline passes. Between checks it blocks
@@ -184,6 +215,38 @@ private:
     Registration counting_;
     std::uint64_t eventsSeen_ = 0;
     std::unique_ptr<FakeClient> client_;
+};
+
+// One private X server for the suite, with two clients per test: the one the class under test
+// uses, and a driver that plays the user.
+class X11InputTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { display_ = new VirtualDisplay(); }
+    static void TearDownTestSuite() {
+        delete display_;
+        display_ = nullptr;
+    }
+
+    xcb_window_t root() const { return observedClient_.root(); }
+    // Once the server has handled what the driver sent, every event it caused is in the observed
+    // client's queue (the server answers in order): hand them to `handle`, then run the work
+    // they posted.
+    void deliver(const std::function<bool(const xcb_generic_event_t&)>& handle) {
+        driver_.sync();
+        observedClient_.sync();
+        while (xcb_generic_event_t* event = xcb_poll_for_event(observed_)) {
+            handle(*event);
+            std::free(event);
+        }
+        queue_.runUntilIdle();
+    }
+
+    static inline VirtualDisplay* display_ = nullptr;
+    FakeClient observedClient_{display_->displayName()};
+    xcb_connection_t* observed_ = observedClient_.raw();
+    FakeClient driver_{display_->displayName()};
+    ManualClock clock_;
+    ManualQueue queue_{clock_};
 };
 
 }  // namespace corvetta::testing
