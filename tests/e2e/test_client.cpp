@@ -2,8 +2,7 @@
 // end-to-end tests choose. Prints "mapped <window id>" once the window manager has framed and
 // mapped it, then lives until killed or closed through WM_DELETE_WINDOW.
 //
-//   corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] [--min-size WxH]
-//                        [--resize-increment WxH] [--fixed-size]
+//   corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] [--fixed-size]
 
 #include <cstdio>
 #include <cstdlib>
@@ -19,22 +18,12 @@
 
 namespace {
 
-struct Size {
-    int width = 0, height = 0;
-};
-
 struct Options {
     std::string title = "Corvetta test client";
     std::string windowClass = "CorvettaTestClient";
     int x = 100, y = 100, width = 400, height = 300;
-    std::optional<Size> minSize, resizeIncrement;
     bool fixedSize = false;
 };
-
-bool parseSize(const char* text, Size& size) {
-    return std::sscanf(text, "%dx%d", &size.width, &size.height) == 2 && size.width > 0 &&
-           size.height > 0;
-}
 
 std::optional<Options> parse(int argc, char** argv) {
     Options options;
@@ -48,7 +37,6 @@ std::optional<Options> parse(int argc, char** argv) {
             return std::nullopt;
         }
         const char* value = argv[++index];
-        Size size;
         if (option == "--title") {
             options.title = value;
         } else if (option == "--class") {
@@ -58,10 +46,6 @@ std::optional<Options> parse(int argc, char** argv) {
                             &options.y) != 4) {
                 return std::nullopt;
             }
-        } else if (option == "--min-size" && parseSize(value, size)) {
-            options.minSize = size;
-        } else if (option == "--resize-increment" && parseSize(value, size)) {
-            options.resizeIncrement = size;
         } else {
             return std::nullopt;
         }
@@ -111,13 +95,6 @@ void describe(xcb_connection_t* connection, xcb_window_t window, const Options& 
     if (options.fixedSize) {
         xcb_icccm_size_hints_set_min_size(&hints, options.width, options.height);
         xcb_icccm_size_hints_set_max_size(&hints, options.width, options.height);
-    } else if (options.minSize) {
-        xcb_icccm_size_hints_set_min_size(&hints, options.minSize->width, options.minSize->height);
-    }
-    if (options.resizeIncrement) {
-        xcb_icccm_size_hints_set_resize_inc(&hints, options.resizeIncrement->width,
-                                            options.resizeIncrement->height);
-        xcb_icccm_size_hints_set_base_size(&hints, 0, 0);
     }
     xcb_icccm_set_wm_normal_hints(connection, window, &hints);
 }
@@ -129,7 +106,7 @@ int main(int argc, char** argv) {
     if (!options) {
         std::fprintf(stderr,
                      "usage: corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] "
-                     "[--min-size WxH] [--resize-increment WxH] [--fixed-size]\n");
+                     "[--fixed-size]\n");
         return 2;
     }
     xcb_connection_t* connection = xcb_connect(nullptr, nullptr);

@@ -12,6 +12,8 @@
 #include <xcb/xcb_keysyms.h>
 #include <xcb/xtest.h>
 
+#include "support/child_process.h"
+
 namespace corvetta::testing {
 namespace {
 
@@ -63,12 +65,16 @@ uint32_t XProbe::atom(const char* name) {
     return reply ? reply->atom : uint32_t{XCB_ATOM_NONE};
 }
 
-std::vector<uint32_t> XProbe::rootWindows(uint32_t property) {
-    return cardinals(owned(xcb_get_property_reply(connection_,
-                                                  xcb_get_property(connection_, 0, root_, property,
-                                                                   XCB_ATOM_WINDOW, 0, 4096),
-                                                  nullptr))
-                         .get());
+std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> XProbe::property(uint32_t window,
+                                                                                 uint32_t name,
+                                                                                 uint32_t type,
+                                                                                 uint32_t length) {
+    return owned(xcb_get_property_reply(
+        connection_, xcb_get_property(connection_, 0, window, name, type, 0, length), nullptr));
+}
+
+std::vector<uint32_t> XProbe::rootWindows(uint32_t name) {
+    return cardinals(property(root_, name, XCB_ATOM_WINDOW, 4096).get());
 }
 
 std::optional<XFrame> XProbe::outerFrame(uint32_t window) {
@@ -76,9 +82,7 @@ std::optional<XFrame> XProbe::outerFrame(uint32_t window) {
     auto geometry = owned(xcb_get_geometry_reply(c, xcb_get_geometry(c, window), nullptr));
     auto origin = owned(xcb_translate_coordinates_reply(
         c, xcb_translate_coordinates(c, window, root_, 0, 0), nullptr));
-    auto extents = owned(xcb_get_property_reply(
-        c, xcb_get_property(c, 0, window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 0, 4),
-        nullptr));
+    auto extents = property(window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 4);
     if (!geometry || !origin) {
         return std::nullopt;
     }
@@ -115,10 +119,8 @@ bool XProbe::waitForRootChange(Done done) {
         if (sawEvent) {
             continue;
         }
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         pollfd polled = {xcb_get_file_descriptor(connection_), POLLIN, 0};
-        const int ready = poll(&polled, 1, static_cast<int>(std::max<long>(0, left)));
+        const int ready = poll(&polled, 1, millisecondsUntil(deadline));
         if (ready == 0 || (ready < 0 && errno != EINTR) || xcb_connection_has_error(connection_)) {
             return done();
         }
@@ -152,15 +154,8 @@ std::optional<uint32_t> XProbe::waitForWindowTitled(const std::string& title) {
     std::optional<uint32_t> found;
     waitForRootChange([&] {
         for (const uint32_t window : managedWindows()) {
-            auto name = owned(xcb_get_property_reply(
-                connection_,
-                xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 0, 256),
-                nullptr));
-            auto extents = owned(xcb_get_property_reply(
-                connection_,
-                xcb_get_property(connection_, 0, window, atom("_NET_FRAME_EXTENTS"),
-                                 XCB_ATOM_CARDINAL, 0, 4),
-                nullptr));
+            auto name = property(window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 256);
+            auto extents = property(window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 4);
             if (name && extents && cardinals(extents.get()).size() == 4 &&
                 std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
                             static_cast<std::size_t>(xcb_get_property_value_length(name.get()))) ==
@@ -178,12 +173,7 @@ std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {
     // WM_SIZE_HINTS: flags, 4 obsolete fields, min, max, increments, aspects, base, gravity.
     constexpr uint32_t kResizeIncrements = 1u << 6;
     const auto hints =
-        cardinals(owned(xcb_get_property_reply(
-                            connection_,
-                            xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NORMAL_HINTS,
-                                             XCB_ATOM_WM_SIZE_HINTS, 0, 18),
-                            nullptr))
-                      .get());
+        cardinals(property(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 18).get());
     if (hints.size() < 11 || (hints[0] & kResizeIncrements) == 0) {
         return std::nullopt;
     }

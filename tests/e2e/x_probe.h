@@ -6,12 +6,15 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 struct xcb_connection_t;
+struct xcb_get_property_reply_t;
 
 namespace corvetta::testing {
 
@@ -61,7 +64,11 @@ public:
 
 private:
     uint32_t atom(const char* name);
-    std::vector<uint32_t> rootWindows(uint32_t property);
+    std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> property(uint32_t window,
+                                                                             uint32_t name,
+                                                                             uint32_t type,
+                                                                             uint32_t length);
+    std::vector<uint32_t> rootWindows(uint32_t name);
     template <typename Done>
     bool waitForRootChange(Done done);
 
