@@ -11,10 +11,9 @@
 
 #include <sys/types.h>
 
-struct xcb_connection_t;
-
 namespace corvetta::testing {
 
+class FakeClient;
 class TemporaryFolder;
 
 // A monitor in root-window coordinates (top-left origin, y down), as the X server reports it.
@@ -73,7 +72,7 @@ private:
     std::string displayName_;
     pid_t server_ = -1;
     pid_t windowManager_ = -1;
-    std::shared_ptr<xcb_connection_t> managerWatch_;
+    std::unique_ptr<FakeClient> managerWatch_;
 };
 
 }  // namespace corvetta::testing
