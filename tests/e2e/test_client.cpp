@@ -16,7 +16,11 @@
 #include <xcb/xcb.h>
 #include <xcb/xcb_icccm.h>
 
+#include "support/fake_x_client.h"
+
 namespace {
+
+using corvetta::testing::FakeClient;
 
 struct Options {
     std::string title = "Corvetta test client";
@@ -53,40 +57,20 @@ std::optional<Options> parse(int argc, char** argv) {
     return options;
 }
 
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
-    std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(
-            connection,
-            xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-void setText(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
-             xcb_atom_t type, std::string_view text) {
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, type, 8,
-                        static_cast<uint32_t>(text.size()), text.data());
-}
-
-void describe(xcb_connection_t* connection, xcb_window_t window, const Options& options) {
-    setText(connection, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, options.title);
-    setText(connection, window, atom(connection, "_NET_WM_NAME"), atom(connection, "UTF8_STRING"),
-            options.title);
+void describe(FakeClient& client, xcb_window_t window, const Options& options) {
+    client.setText(window, "WM_NAME", options.title, XCB_ATOM_STRING);
+    client.setText(window, "_NET_WM_NAME", options.title, client.atom("UTF8_STRING"));
     // WM_CLASS is "instance\0class\0".
-    const std::string windowClass =
-        "corvetta-test-client" + std::string(1, '\0') + options.windowClass + std::string(1, '\0');
-    setText(connection, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, windowClass);
+    client.setText(
+        window, "WM_CLASS",
+        "corvetta-test-client" + std::string(1, '\0') + options.windowClass + std::string(1, '\0'),
+        XCB_ATOM_STRING);
     // _NET_WM_PID is only meaningful next to WM_CLIENT_MACHINE.
     char host[256] = {};
     gethostname(host, sizeof host - 1);
-    setText(connection, window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, host);
-    const uint32_t pid = static_cast<uint32_t>(getpid());
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "_NET_WM_PID"),
-                        XCB_ATOM_CARDINAL, 32, 1, &pid);
-    const xcb_atom_t deleteWindow = atom(connection, "WM_DELETE_WINDOW");
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "WM_PROTOCOLS"),
-                        XCB_ATOM_ATOM, 32, 1, &deleteWindow);
+    client.setText(window, "WM_CLIENT_MACHINE", host, XCB_ATOM_STRING);
+    client.setCardinals(window, "_NET_WM_PID", {static_cast<uint32_t>(getpid())});
+    client.setCardinals(window, "WM_PROTOCOLS", {client.atom("WM_DELETE_WINDOW")}, XCB_ATOM_ATOM);
 
     // A user-specified position: the window manager keeps it instead of placing the window.
     xcb_size_hints_t hints = {};
@@ -96,7 +80,7 @@ void describe(xcb_connection_t* connection, xcb_window_t window, const Options& 
         xcb_icccm_size_hints_set_min_size(&hints, options.width, options.height);
         xcb_icccm_size_hints_set_max_size(&hints, options.width, options.height);
     }
-    xcb_icccm_set_wm_normal_hints(connection, window, &hints);
+    xcb_icccm_set_wm_normal_hints(client.raw(), window, &hints);
 }
 
 }  // namespace
@@ -109,22 +93,24 @@ int main(int argc, char** argv) {
                      "[--fixed-size]\n");
         return 2;
     }
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(connection)) {
+    const char* display = std::getenv("DISPLAY");
+    std::unique_ptr<FakeClient> client;
+    try {
+        client = std::make_unique<FakeClient>(display ? display : "");
+    } catch (const std::runtime_error&) {
         std::fprintf(stderr, "corvetta-test-client: cannot connect to the X server\n");
         return 1;
     }
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    const xcb_window_t window = xcb_generate_id(connection);
-    const uint32_t values[] = {screen->white_pixel, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root,
-                      static_cast<int16_t>(options->x), static_cast<int16_t>(options->y),
-                      static_cast<uint16_t>(options->width), static_cast<uint16_t>(options->height),
-                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                      XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
-    describe(connection, window, *options);
-    const xcb_atom_t protocols = atom(connection, "WM_PROTOCOLS");
-    const xcb_atom_t deleteWindow = atom(connection, "WM_DELETE_WINDOW");
+    xcb_connection_t* connection = client->raw();
+    const xcb_window_t window =
+        client->createWindow(options->x, options->y, options->width, options->height);
+    const uint32_t values[] = {
+        xcb_setup_roots_iterator(xcb_get_setup(connection)).data->white_pixel,
+        XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_change_window_attributes(connection, window, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+    describe(*client, window, *options);
+    const xcb_atom_t protocols = client->atom("WM_PROTOCOLS");
+    const xcb_atom_t deleteWindow = client->atom("WM_DELETE_WINDOW");
     xcb_map_window(connection, window);
     xcb_flush(connection);
 
@@ -151,6 +137,5 @@ int main(int argc, char** argv) {
             std::fflush(stdout);
         }
     }
-    xcb_disconnect(connection);
     return 0;
 }

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 
 #include <poll.h>
 #include <xcb/xcb.h>
-#include <xcb/xcb_keysyms.h>
-#include <xcb/xtest.h>
 
 #include "support/child_process.h"
 
@@ -43,26 +40,14 @@ std::ostream& operator<<(std::ostream& out, const XFrame& frame) {
 }
 
 XProbe::XProbe(const std::string& displayName)
-    : connection_(xcb_connect(displayName.c_str(), nullptr)) {
-    if (xcb_connection_has_error(connection_)) {
-        xcb_disconnect(connection_);
-        throw std::runtime_error("cannot connect to X display " + displayName);
-    }
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+    : client_(displayName), connection_(client_.raw()), root_(client_.root()) {
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
     xcb_flush(connection_);
 }
 
-XProbe::~XProbe() {
-    xcb_disconnect(connection_);
-}
-
 uint32_t XProbe::atom(const char* name) {
-    auto reply = owned(xcb_intern_atom_reply(
-        connection_,
-        xcb_intern_atom(connection_, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr));
-    return reply ? reply->atom : uint32_t{XCB_ATOM_NONE};
+    return client_.atom(name);
 }
 
 std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> XProbe::property(uint32_t window,
@@ -181,26 +166,22 @@ std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {
 }
 
 bool XProbe::pressKeys(const std::vector<uint32_t>& keysyms) {
-    std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
-        xcb_key_symbols_alloc(connection_), &xcb_key_symbols_free);
     std::vector<xcb_keycode_t> keys;
-    for (const uint32_t keysym : keysyms) {
-        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(
-            xcb_key_symbols_get_keycode(symbols.get(), keysym), &std::free);
-        if (!codes || *codes == XCB_NO_SYMBOL) {
-            return false;
+    try {
+        for (const uint32_t keysym : keysyms) {
+            keys.push_back(client_.keyCode(keysym));
         }
-        keys.push_back(*codes);
+    } catch (const std::runtime_error&) {
+        return false;
     }
     for (const auto key : keys) {
-        xcb_test_fake_input(connection_, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        client_.fake(XCB_KEY_PRESS, key);
     }
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-        xcb_test_fake_input(connection_, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
-                            0);
+        client_.fake(XCB_KEY_RELEASE, *key);
     }
     // A reply comes after the server has handled every request before it.
-    free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    client_.sync();
     return true;
 }
 

@@ -13,8 +13,7 @@
 #include <string>
 #include <vector>
 
-struct xcb_connection_t;
-struct xcb_get_property_reply_t;
+#include "support/fake_x_client.h"
 
 namespace corvetta::testing {
 
@@ -29,9 +28,6 @@ class XProbe {
 public:
     // Throws std::runtime_error when the server cannot be reached.
     explicit XProbe(const std::string& displayName);
-    ~XProbe();
-    XProbe(const XProbe&) = delete;
-    XProbe& operator=(const XProbe&) = delete;
 
     // The window's outer frame, title bar and borders included: the client's origin translated to
     // the root, less the _NET_FRAME_EXTENTS the window manager publishes. Nothing once it is gone.
@@ -72,8 +68,9 @@ private:
     template <typename Done>
     bool waitForRootChange(Done done);
 
-    xcb_connection_t* connection_ = nullptr;
-    uint32_t root_ = 0;
+    FakeClient client_;
+    xcb_connection_t* connection_;
+    uint32_t root_;
 };
 
 }  // namespace corvetta::testing
