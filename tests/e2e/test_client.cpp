@@ -2,8 +2,7 @@
 // end-to-end tests choose. Prints "mapped <window id>" once the window manager has framed and
 // mapped it, then lives until killed or closed through WM_DELETE_WINDOW.
 //
-//   corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] [--min-size WxH]
-//                        [--resize-increment WxH] [--fixed-size]
+//   corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] [--fixed-size]
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,24 +16,18 @@
 #include <xcb/xcb.h>
 #include <xcb/xcb_icccm.h>
 
+#include "support/fake_x_client.h"
+
 namespace {
 
-struct Size {
-    int width = 0, height = 0;
-};
+using corvetta::testing::FakeClient;
 
 struct Options {
     std::string title = "Corvetta test client";
     std::string windowClass = "CorvettaTestClient";
     int x = 100, y = 100, width = 400, height = 300;
-    std::optional<Size> minSize, resizeIncrement;
     bool fixedSize = false;
 };
-
-bool parseSize(const char* text, Size& size) {
-    return std::sscanf(text, "%dx%d", &size.width, &size.height) == 2 && size.width > 0 &&
-           size.height > 0;
-}
 
 std::optional<Options> parse(int argc, char** argv) {
     Options options;
@@ -48,7 +41,6 @@ std::optional<Options> parse(int argc, char** argv) {
             return std::nullopt;
         }
         const char* value = argv[++index];
-        Size size;
         if (option == "--title") {
             options.title = value;
         } else if (option == "--class") {
@@ -58,10 +50,6 @@ std::optional<Options> parse(int argc, char** argv) {
                             &options.y) != 4) {
                 return std::nullopt;
             }
-        } else if (option == "--min-size" && parseSize(value, size)) {
-            options.minSize = size;
-        } else if (option == "--resize-increment" && parseSize(value, size)) {
-            options.resizeIncrement = size;
         } else {
             return std::nullopt;
         }
@@ -69,40 +57,20 @@ std::optional<Options> parse(int argc, char** argv) {
     return options;
 }
 
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
-    std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(
-            connection,
-            xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data()),
-            nullptr),
-        &std::free);
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
-
-void setText(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
-             xcb_atom_t type, std::string_view text) {
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, type, 8,
-                        static_cast<uint32_t>(text.size()), text.data());
-}
-
-void describe(xcb_connection_t* connection, xcb_window_t window, const Options& options) {
-    setText(connection, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, options.title);
-    setText(connection, window, atom(connection, "_NET_WM_NAME"), atom(connection, "UTF8_STRING"),
-            options.title);
+void describe(FakeClient& client, xcb_window_t window, const Options& options) {
+    client.setText(window, "WM_NAME", options.title, XCB_ATOM_STRING);
+    client.setText(window, "_NET_WM_NAME", options.title, client.atom("UTF8_STRING"));
     // WM_CLASS is "instance\0class\0".
-    const std::string windowClass =
-        "corvetta-test-client" + std::string(1, '\0') + options.windowClass + std::string(1, '\0');
-    setText(connection, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, windowClass);
+    client.setText(
+        window, "WM_CLASS",
+        "corvetta-test-client" + std::string(1, '\0') + options.windowClass + std::string(1, '\0'),
+        XCB_ATOM_STRING);
     // _NET_WM_PID is only meaningful next to WM_CLIENT_MACHINE.
     char host[256] = {};
     gethostname(host, sizeof host - 1);
-    setText(connection, window, XCB_ATOM_WM_CLIENT_MACHINE, XCB_ATOM_STRING, host);
-    const uint32_t pid = static_cast<uint32_t>(getpid());
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "_NET_WM_PID"),
-                        XCB_ATOM_CARDINAL, 32, 1, &pid);
-    const xcb_atom_t deleteWindow = atom(connection, "WM_DELETE_WINDOW");
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, atom(connection, "WM_PROTOCOLS"),
-                        XCB_ATOM_ATOM, 32, 1, &deleteWindow);
+    client.setText(window, "WM_CLIENT_MACHINE", host, XCB_ATOM_STRING);
+    client.setCardinals(window, "_NET_WM_PID", {static_cast<uint32_t>(getpid())});
+    client.setCardinals(window, "WM_PROTOCOLS", {client.atom("WM_DELETE_WINDOW")}, XCB_ATOM_ATOM);
 
     // A user-specified position: the window manager keeps it instead of placing the window.
     xcb_size_hints_t hints = {};
@@ -111,15 +79,8 @@ void describe(xcb_connection_t* connection, xcb_window_t window, const Options& 
     if (options.fixedSize) {
         xcb_icccm_size_hints_set_min_size(&hints, options.width, options.height);
         xcb_icccm_size_hints_set_max_size(&hints, options.width, options.height);
-    } else if (options.minSize) {
-        xcb_icccm_size_hints_set_min_size(&hints, options.minSize->width, options.minSize->height);
     }
-    if (options.resizeIncrement) {
-        xcb_icccm_size_hints_set_resize_inc(&hints, options.resizeIncrement->width,
-                                            options.resizeIncrement->height);
-        xcb_icccm_size_hints_set_base_size(&hints, 0, 0);
-    }
-    xcb_icccm_set_wm_normal_hints(connection, window, &hints);
+    xcb_icccm_set_wm_normal_hints(client.raw(), window, &hints);
 }
 
 }  // namespace
@@ -129,25 +90,27 @@ int main(int argc, char** argv) {
     if (!options) {
         std::fprintf(stderr,
                      "usage: corvetta-test-client [--title T] [--class C] [--geometry WxH+X+Y] "
-                     "[--min-size WxH] [--resize-increment WxH] [--fixed-size]\n");
+                     "[--fixed-size]\n");
         return 2;
     }
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(connection)) {
+    const char* display = std::getenv("DISPLAY");
+    std::unique_ptr<FakeClient> client;
+    try {
+        client = std::make_unique<FakeClient>(display ? display : "");
+    } catch (const std::runtime_error&) {
         std::fprintf(stderr, "corvetta-test-client: cannot connect to the X server\n");
         return 1;
     }
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    const xcb_window_t window = xcb_generate_id(connection);
-    const uint32_t values[] = {screen->white_pixel, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root,
-                      static_cast<int16_t>(options->x), static_cast<int16_t>(options->y),
-                      static_cast<uint16_t>(options->width), static_cast<uint16_t>(options->height),
-                      0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                      XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
-    describe(connection, window, *options);
-    const xcb_atom_t protocols = atom(connection, "WM_PROTOCOLS");
-    const xcb_atom_t deleteWindow = atom(connection, "WM_DELETE_WINDOW");
+    xcb_connection_t* connection = client->raw();
+    const xcb_window_t window =
+        client->createWindow(options->x, options->y, options->width, options->height);
+    const uint32_t values[] = {
+        xcb_setup_roots_iterator(xcb_get_setup(connection)).data->white_pixel,
+        XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_change_window_attributes(connection, window, XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
+    describe(*client, window, *options);
+    const xcb_atom_t protocols = client->atom("WM_PROTOCOLS");
+    const xcb_atom_t deleteWindow = client->atom("WM_DELETE_WINDOW");
     xcb_map_window(connection, window);
     xcb_flush(connection);
 
@@ -174,6 +137,5 @@ int main(int argc, char** argv) {
             std::fflush(stdout);
         }
     }
-    xcb_disconnect(connection);
     return 0;
 }

@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 
 #include <poll.h>
 #include <xcb/xcb.h>
-#include <xcb/xcb_keysyms.h>
-#include <xcb/xtest.h>
+
+#include "support/child_process.h"
 
 namespace corvetta::testing {
 namespace {
@@ -41,34 +40,26 @@ std::ostream& operator<<(std::ostream& out, const XFrame& frame) {
 }
 
 XProbe::XProbe(const std::string& displayName)
-    : connection_(xcb_connect(displayName.c_str(), nullptr)) {
-    if (xcb_connection_has_error(connection_)) {
-        xcb_disconnect(connection_);
-        throw std::runtime_error("cannot connect to X display " + displayName);
-    }
-    root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+    : client_(displayName), connection_(client_.raw()), root_(client_.root()) {
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
     xcb_flush(connection_);
 }
 
-XProbe::~XProbe() {
-    xcb_disconnect(connection_);
-}
-
 uint32_t XProbe::atom(const char* name) {
-    auto reply = owned(xcb_intern_atom_reply(
-        connection_,
-        xcb_intern_atom(connection_, 0, static_cast<uint16_t>(std::strlen(name)), name), nullptr));
-    return reply ? reply->atom : uint32_t{XCB_ATOM_NONE};
+    return client_.atom(name);
 }
 
-std::vector<uint32_t> XProbe::rootWindows(uint32_t property) {
-    return cardinals(owned(xcb_get_property_reply(connection_,
-                                                  xcb_get_property(connection_, 0, root_, property,
-                                                                   XCB_ATOM_WINDOW, 0, 4096),
-                                                  nullptr))
-                         .get());
+std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> XProbe::property(uint32_t window,
+                                                                                 uint32_t name,
+                                                                                 uint32_t type,
+                                                                                 uint32_t length) {
+    return owned(xcb_get_property_reply(
+        connection_, xcb_get_property(connection_, 0, window, name, type, 0, length), nullptr));
+}
+
+std::vector<uint32_t> XProbe::rootWindows(uint32_t name) {
+    return cardinals(property(root_, name, XCB_ATOM_WINDOW, 4096).get());
 }
 
 std::optional<XFrame> XProbe::outerFrame(uint32_t window) {
@@ -76,9 +67,7 @@ std::optional<XFrame> XProbe::outerFrame(uint32_t window) {
     auto geometry = owned(xcb_get_geometry_reply(c, xcb_get_geometry(c, window), nullptr));
     auto origin = owned(xcb_translate_coordinates_reply(
         c, xcb_translate_coordinates(c, window, root_, 0, 0), nullptr));
-    auto extents = owned(xcb_get_property_reply(
-        c, xcb_get_property(c, 0, window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 0, 4),
-        nullptr));
+    auto extents = property(window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 4);
     if (!geometry || !origin) {
         return std::nullopt;
     }
@@ -115,10 +104,8 @@ bool XProbe::waitForRootChange(Done done) {
         if (sawEvent) {
             continue;
         }
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         pollfd polled = {xcb_get_file_descriptor(connection_), POLLIN, 0};
-        const int ready = poll(&polled, 1, static_cast<int>(std::max<long>(0, left)));
+        const int ready = poll(&polled, 1, millisecondsUntil(deadline));
         if (ready == 0 || (ready < 0 && errno != EINTR) || xcb_connection_has_error(connection_)) {
             return done();
         }
@@ -152,15 +139,8 @@ std::optional<uint32_t> XProbe::waitForWindowTitled(const std::string& title) {
     std::optional<uint32_t> found;
     waitForRootChange([&] {
         for (const uint32_t window : managedWindows()) {
-            auto name = owned(xcb_get_property_reply(
-                connection_,
-                xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 0, 256),
-                nullptr));
-            auto extents = owned(xcb_get_property_reply(
-                connection_,
-                xcb_get_property(connection_, 0, window, atom("_NET_FRAME_EXTENTS"),
-                                 XCB_ATOM_CARDINAL, 0, 4),
-                nullptr));
+            auto name = property(window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 256);
+            auto extents = property(window, atom("_NET_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 4);
             if (name && extents && cardinals(extents.get()).size() == 4 &&
                 std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
                             static_cast<std::size_t>(xcb_get_property_value_length(name.get()))) ==
@@ -178,12 +158,7 @@ std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {
     // WM_SIZE_HINTS: flags, 4 obsolete fields, min, max, increments, aspects, base, gravity.
     constexpr uint32_t kResizeIncrements = 1u << 6;
     const auto hints =
-        cardinals(owned(xcb_get_property_reply(
-                            connection_,
-                            xcb_get_property(connection_, 0, window, XCB_ATOM_WM_NORMAL_HINTS,
-                                             XCB_ATOM_WM_SIZE_HINTS, 0, 18),
-                            nullptr))
-                      .get());
+        cardinals(property(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 18).get());
     if (hints.size() < 11 || (hints[0] & kResizeIncrements) == 0) {
         return std::nullopt;
     }
@@ -191,26 +166,22 @@ std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {
 }
 
 bool XProbe::pressKeys(const std::vector<uint32_t>& keysyms) {
-    std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
-        xcb_key_symbols_alloc(connection_), &xcb_key_symbols_free);
     std::vector<xcb_keycode_t> keys;
-    for (const uint32_t keysym : keysyms) {
-        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(
-            xcb_key_symbols_get_keycode(symbols.get(), keysym), &std::free);
-        if (!codes || *codes == XCB_NO_SYMBOL) {
-            return false;
+    try {
+        for (const uint32_t keysym : keysyms) {
+            keys.push_back(client_.keyCode(keysym));
         }
-        keys.push_back(*codes);
+    } catch (const std::runtime_error&) {
+        return false;
     }
     for (const auto key : keys) {
-        xcb_test_fake_input(connection_, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        client_.fake(XCB_KEY_PRESS, key);
     }
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-        xcb_test_fake_input(connection_, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
-                            0);
+        client_.fake(XCB_KEY_RELEASE, *key);
     }
     // A reply comes after the server has handled every request before it.
-    free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    client_.sync();
     return true;
 }
 

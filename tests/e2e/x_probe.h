@@ -6,12 +6,14 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-struct xcb_connection_t;
+#include "support/fake_x_client.h"
 
 namespace corvetta::testing {
 
@@ -26,9 +28,6 @@ class XProbe {
 public:
     // Throws std::runtime_error when the server cannot be reached.
     explicit XProbe(const std::string& displayName);
-    ~XProbe();
-    XProbe(const XProbe&) = delete;
-    XProbe& operator=(const XProbe&) = delete;
 
     // The window's outer frame, title bar and borders included: the client's origin translated to
     // the root, less the _NET_FRAME_EXTENTS the window manager publishes. Nothing once it is gone.
@@ -61,12 +60,17 @@ public:
 
 private:
     uint32_t atom(const char* name);
-    std::vector<uint32_t> rootWindows(uint32_t property);
+    std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> property(uint32_t window,
+                                                                             uint32_t name,
+                                                                             uint32_t type,
+                                                                             uint32_t length);
+    std::vector<uint32_t> rootWindows(uint32_t name);
     template <typename Done>
     bool waitForRootChange(Done done);
 
-    xcb_connection_t* connection_ = nullptr;
-    uint32_t root_ = 0;
+    FakeClient client_;
+    xcb_connection_t* connection_;
+    uint32_t root_;
 };
 
 }  // namespace corvetta::testing

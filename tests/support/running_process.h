@@ -21,8 +21,6 @@ public:
     RunningProcess(const RunningProcess&) = delete;
     RunningProcess& operator=(const RunningProcess&) = delete;
 
-    pid_t pid() const { return pid_; }
-
     // The first line of standard output that starts with `prefix`, or nothing when the output
     // ended or the deadline passed first.
     std::optional<std::string> waitForLine(std::string_view prefix,

@@ -16,19 +16,14 @@
 #include <xcb/xcb.h>
 
 #include "support/child_process.h"
+#include "support/fake_x_client.h"
 #include "support/temporary_folder.h"
 
 namespace corvetta::testing {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using std::chrono::duration_cast;
 using std::chrono::milliseconds;
-
-int millisecondsUntil(Clock::time_point deadline) {
-    return static_cast<int>(
-        std::max<long>(0, duration_cast<milliseconds>(deadline - Clock::now()).count()));
-}
 
 // A process descriptor lets a wait for a child share one poll with X events and carry a deadline.
 int processDescriptor(pid_t pid) {
@@ -92,50 +87,33 @@ std::string monitorGeometry(const VirtualMonitor& monitor) {
            "+" + std::to_string(monitor.x) + "+" + std::to_string(monitor.y);
 }
 
-std::vector<std::string> currentEnvironment() {
-    std::vector<std::string> result;
-    for (char** variable = environ; *variable; ++variable) {
-        result.emplace_back(*variable);
-    }
-    return result;
-}
-
-struct ConnectionCloser {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
 // In the isolated HOME each starts with the configuration its package installs. xfwm4 reads its
 // key bindings through xfconf, which needs a session bus of its own.
-std::vector<std::string> windowManagerCommand(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::openboxForTests:
-            return {"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG};
-        case WindowManager::xfwm4:
-            return {"dbus-run-session", "--", "xfwm4"};
-        default:
-            return {windowManagerName(windowManager)};
-    }
+struct WindowManagerRow {
+    WindowManager windowManager;
+    const char* name;
+    std::vector<std::string> command;
+};
+const WindowManagerRow kWindowManagers[] = {
+    {WindowManager::none, "none", {}},
+    {WindowManager::openboxForTests,
+     "openbox",
+     {"openbox", "--config-file", CORVETTA_OPENBOX_CONFIG}},
+    {WindowManager::openbox, "openbox", {"openbox"}},
+    {WindowManager::metacity, "metacity", {"metacity"}},
+    {WindowManager::icewm, "icewm", {"icewm"}},
+    {WindowManager::fluxbox, "fluxbox", {"fluxbox"}},
+    {WindowManager::xfwm4, "xfwm4", {"dbus-run-session", "--", "xfwm4"}},
+};
+
+const WindowManagerRow& windowManagerRow(WindowManager windowManager) {
+    return *std::ranges::find(kWindowManagers, windowManager, &WindowManagerRow::windowManager);
 }
 
 }  // namespace
 
 std::string windowManagerName(WindowManager windowManager) {
-    switch (windowManager) {
-        case WindowManager::none:
-            return "none";
-        case WindowManager::openboxForTests:
-        case WindowManager::openbox:
-            return "openbox";
-        case WindowManager::metacity:
-            return "metacity";
-        case WindowManager::icewm:
-            return "icewm";
-        case WindowManager::fluxbox:
-            return "fluxbox";
-        case WindowManager::xfwm4:
-            return "xfwm4";
-    }
-    return "unknown";
+    return windowManagerRow(windowManager).name;
 }
 
 VirtualDisplay::VirtualDisplay(VirtualDisplayOptions options)
@@ -234,7 +212,7 @@ void VirtualDisplay::startWindowManager() {
     // into it runs with no key bindings at all.
     std::error_code error;
     std::filesystem::create_directories(scratch_->path() / "home", error);
-    windowManager_ = spawn(windowManagerCommand(options_.windowManager),
+    windowManager_ = spawn(windowManagerRow(options_.windowManager).command,
                            environment(isolatedEnvironment(scratch_->path())), logPath_);
     if (windowManager_ <= 0) {
         fail("could not start " + windowManagerName(options_.windowManager));
@@ -252,24 +230,16 @@ void VirtualDisplay::waitUntilManaged() {
     // The connection stays open while the display runs: a client connecting after it closed
     // would be given the same window ids, and openbox was seen to confuse a new window with the
     // probe it had just let go.
-    managerWatch_ = std::shared_ptr<xcb_connection_t>(xcb_connect(displayName_.c_str(), nullptr),
-                                                      ConnectionCloser());
-    auto* c = managerWatch_.get();
-    if (xcb_connection_has_error(c)) {
-        fail("could not connect to " + displayName_);
+    try {
+        managerWatch_ = std::make_unique<FakeClient>(displayName_);
+    } catch (const std::runtime_error& error) {
+        fail(error.what());
     }
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
-    const xcb_window_t root = screen->root;
+    auto* c = managerWatch_->raw();
+    const xcb_window_t root = managerWatch_->root();
     const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
-    auto atom = [&](const std::string& name) {
-        auto* reply = xcb_intern_atom_reply(
-            c, xcb_intern_atom(c, 0, static_cast<uint16_t>(name.size()), name.data()), nullptr);
-        const xcb_atom_t result = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-        free(reply);
-        return result;
-    };
-    const xcb_atom_t clientList = atom("_NET_CLIENT_LIST");
+    const xcb_atom_t clientList = managerWatch_->atom("_NET_CLIENT_LIST");
     auto windowsIn = [&](xcb_atom_t property) {
         auto* reply = xcb_get_property_reply(
             c, xcb_get_property(c, 0, root, property, XCB_ATOM_WINDOW, 0, 1024), nullptr);
@@ -305,7 +275,8 @@ void VirtualDisplay::waitUntilManaged() {
         }
         return ready > 0;
     };
-    const xcb_atom_t announcements[] = {atom("_NET_SUPPORTING_WM_CHECK"), clientList};
+    const xcb_atom_t announcements[] = {managerWatch_->atom("_NET_SUPPORTING_WM_CHECK"),
+                                        clientList};
     while (problem.empty() && !std::all_of(std::begin(announcements), std::end(announcements),
                                            [&](xcb_atom_t p) { return windowsIn(p) >= 0; })) {
         awaitEvent(millisecondsUntil(deadline));
@@ -314,7 +285,7 @@ void VirtualDisplay::waitUntilManaged() {
     const xcb_window_t probe = xcb_generate_id(c);
     const uint32_t probeMask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_create_window(c, XCB_COPY_FROM_PARENT, probe, root, 0, 0, 10, 10, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, XCB_CW_EVENT_MASK,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
                       &probeMask);
     auto framed = [&] {
         auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, probe), nullptr);

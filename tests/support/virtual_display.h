@@ -11,10 +11,9 @@
 
 #include <sys/types.h>
 
-struct xcb_connection_t;
-
 namespace corvetta::testing {
 
+class FakeClient;
 class TemporaryFolder;
 
 // A monitor in root-window coordinates (top-left origin, y down), as the X server reports it.
@@ -48,7 +47,6 @@ public:
 
     // ":N", for xcb_connect and DISPLAY.
     const std::string& displayName() const { return displayName_; }
-    const std::vector<VirtualMonitor>& monitors() const { return options_.monitors; }
 
     // `base` (NAME=VALUE texts) with DISPLAY pointing here and no other display named.
     std::vector<std::string> environment(std::vector<std::string> base) const;
@@ -74,7 +72,7 @@ private:
     std::string displayName_;
     pid_t server_ = -1;
     pid_t windowManager_ = -1;
-    std::shared_ptr<xcb_connection_t> managerWatch_;
+    std::unique_ptr<FakeClient> managerWatch_;
 };
 
 }  // namespace corvetta::testing

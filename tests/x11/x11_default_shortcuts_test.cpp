@@ -62,30 +62,20 @@ std::string keyName(std::uint32_t symbol) {
 
 // "Control+Super Left": how the data file spells what the desktop would have to leave free.
 std::string asBound(const Shortcut& shortcut, const Mapping& mapping) {
-    std::uint16_t x11 = 0;
-    const std::pair<std::uint64_t, std::uint16_t> bits[] = {
-        {ModifierFlag::kControl, mapping.control},
-        {ModifierFlag::kOption, mapping.option},
-        {ModifierFlag::kCommand, mapping.command},
-        {ModifierFlag::kShift, X11Modifier::kShift}};
-    for (const auto& [flag, modifier] : bits) {
-        if ((shortcut.modifiers & flag) != 0) {
-            x11 |= modifier;
-        }
-    }
-    std::vector<std::string> words;
-    for (const auto& [modifier, word] :
-         std::vector<std::pair<std::uint16_t, const char*>>{{X11Modifier::kControl, "Control"},
-                                                            {X11Modifier::kMod1, "Alt"},
-                                                            {X11Modifier::kMod4, "Super"},
-                                                            {X11Modifier::kShift, "Shift"}}) {
-        if ((x11 & modifier) != 0) {
-            words.emplace_back(word);
-        }
-    }
+    auto ifHeld = [&](std::uint64_t flag, std::uint16_t modifier) {
+        return (shortcut.modifiers & flag) != 0 ? modifier : std::uint16_t{0};
+    };
+    const auto x11 = ifHeld(ModifierFlag::kControl, mapping.control) |
+                     ifHeld(ModifierFlag::kOption, mapping.option) |
+                     ifHeld(ModifierFlag::kCommand, mapping.command) |
+                     ifHeld(ModifierFlag::kShift, X11Modifier::kShift);
     std::string text;
-    for (const auto& word : words) {
-        text += (text.empty() ? "" : "+") + word;
+    for (const auto& [modifier, word] :
+         {std::pair{X11Modifier::kControl, "Control"}, std::pair{X11Modifier::kMod1, "Alt"},
+          std::pair{X11Modifier::kMod4, "Super"}, std::pair{X11Modifier::kShift, "Shift"}}) {
+        if ((x11 & modifier) != 0) {
+            text += (text.empty() ? "" : "+") + std::string(word);
+        }
     }
     const auto symbol = keySymbolForVirtualKeyCode(static_cast<std::uint32_t>(shortcut.keyCode));
     return text + " " + keyName(symbol.value_or(0));

@@ -1,17 +1,12 @@
 #include "platform/x11/x11_desktop.h"
 
-#include <memory>
 #include <vector>
 
 #include <X11/keysym.h>
 #include <gtest/gtest.h>
-#include <xcb/xcb_keysyms.h>
-#include <xcb/xtest.h>
 
-#include "foundation/clock.h"
-#include "foundation/manual_queue.h"
 #include "platform/x11/x11_key_codes.h"
-#include "support/virtual_display.h"
+#include "x11_test_support.h"
 
 namespace corvetta {
 namespace {
@@ -71,19 +66,12 @@ TEST(X11DesktopTest, EventsReadWhileAnInputPortWaitedAreStillHandedOut) {
         [&](const HotKeyEvent& event) { events.push_back(event); });
     queue.runUntilIdle();
 
-    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> driver(
-        xcb_connect(display.displayName().c_str(), nullptr), &xcb_disconnect);
-    std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(
-        xcb_key_symbols_alloc(driver.get()), &xcb_key_symbols_free);
+    testing::FakeClient driver(display.displayName());
     for (const xcb_keysym_t symbol : {XK_Control_L, XK_Super_L, XK_Left}) {
-        std::unique_ptr<xcb_keycode_t, decltype(&std::free)> code(
-            xcb_key_symbols_get_keycode(symbols.get(), symbol), &std::free);
-        ASSERT_TRUE(code);
-        xcb_test_fake_input(driver.get(), XCB_KEY_PRESS, *code, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
-                            XCB_NONE);
+        driver.press(symbol);
     }
     // Once the driver hears back, the server has sent the press on to the program.
-    std::free(xcb_get_input_focus_reply(driver.get(), xcb_get_input_focus(driver.get()), nullptr));
+    driver.sync();
 
     (void)ports.pointerPort().mouseLocation();
     queue.runUntilIdle();

@@ -5,7 +5,7 @@
 #include <X11/keysym.h>
 
 #include "platform/x11/x11_key_codes.h"
-#include "x11/x11_input_fixture.h"
+#include "x11_test_support.h"
 
 namespace corvetta {
 namespace {
@@ -63,62 +63,61 @@ TEST_F(X11HotKeysTest, APressReachesTheHandlerWhateverLockIsLit) {
     for (const xcb_keysym_t lock : {XK_VoidSymbol, XK_Caps_Lock, XK_Num_Lock}) {
         SCOPED_TRACE(lock);
         if (lock != XK_VoidSymbol) {
-            type({lock});
+            driver_.type({lock});
         }
-        type({XK_Control_L, XK_Super_L, XK_Left});
+        driver_.type({XK_Control_L, XK_Super_L, XK_Left});
         deliver();
         EXPECT_EQ(takeEvents(), kPressedAndReleased7);
         if (lock != XK_VoidSymbol) {
-            type({lock});
+            driver_.type({lock});
         }
     }
     // Other modifiers, or the key alone, are not the hot key.
-    type({XK_Control_L, XK_Shift_L, XK_Super_L, XK_Left});
-    type({XK_Left});
+    driver_.type({XK_Control_L, XK_Shift_L, XK_Super_L, XK_Left});
+    driver_.type({XK_Left});
     deliver();
     EXPECT_TRUE(takeEvents().empty());
 }
 
 TEST_F(X11HotKeysTest, TheReleaseArrivesAfterTheModifiersWereLetGo) {
     ASSERT_TRUE(hotKeys_.registerHotKey(7, {kLeftArrow, kControlOption}).has_value());
-    press(XK_Control_L);
-    press(XK_Super_L);
-    press(XK_Left);
-    release(XK_Super_L);
-    release(XK_Control_L);
+    driver_.press(XK_Control_L);
+    driver_.press(XK_Super_L);
+    driver_.press(XK_Left);
+    driver_.release(XK_Super_L);
+    driver_.release(XK_Control_L);
     deliver();
     EXPECT_EQ(takeEvents(), std::vector<HotKeyEvent>({{HotKeyEventKind::pressed, 7}}));
-    release(XK_Left);
+    driver_.release(XK_Left);
     deliver();
     EXPECT_EQ(takeEvents(), std::vector<HotKeyEvent>({{HotKeyEventKind::released, 7}}));
 }
 
 TEST_F(X11HotKeysTest, ACombinationAnotherClientHoldsFailsAloneAndLeavesNoGrab) {
     // The other client holds the combination only with Caps Lock lit: one of the grabs fails.
-    const auto left = keyCode(XK_Left);
-    const std::uint16_t heldState = X11Modifier::kControl | X11Modifier::kMod4 | X11Modifier::kLock;
-    ASSERT_EQ(xcb_request_check(driver_,
-                                xcb_grab_key_checked(driver_, 0, rootOf(driver_), heldState, left,
-                                                     XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)),
-              nullptr);
+    const auto left = driver_.keyCode(XK_Left);
+    const std::uint16_t controlSuper = X11Modifier::kControl | X11Modifier::kMod4;
+    auto driverGrabs = [&](std::uint16_t state) {
+        return xcb_request_check(driver_.raw(),
+                                 xcb_grab_key_checked(driver_.raw(), 0, driver_.root(), state, left,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)) ==
+               nullptr;
+    };
+    ASSERT_TRUE(driverGrabs(controlSuper | X11Modifier::kLock));
 
     const auto taken = hotKeys_.registerHotKey(7, {kLeftArrow, kControlOption});
     ASSERT_FALSE(taken.has_value());
     EXPECT_EQ(taken.error(), HotKeyRegistrationError::combinationTaken);
     EXPECT_TRUE(hotKeys_.registerHotKey(8, {kReturn, kControlOption}).has_value());
 
-    xcb_ungrab_key(driver_, left, rootOf(driver_), heldState);
-    type({XK_Control_L, XK_Super_L, XK_Left});
-    type({XK_Control_L, XK_Super_L, XK_Return});
+    xcb_ungrab_key(driver_.raw(), left, driver_.root(), controlSuper | X11Modifier::kLock);
+    driver_.type({XK_Control_L, XK_Super_L, XK_Left});
+    driver_.type({XK_Control_L, XK_Super_L, XK_Return});
     deliver();
     EXPECT_EQ(takeEvents(), std::vector<HotKeyEvent>(
                                 {{HotKeyEventKind::pressed, 8}, {HotKeyEventKind::released, 8}}));
     // Nothing of the failed registration is left: the other client can take every variant now.
-    EXPECT_EQ(xcb_request_check(
-                  driver_, xcb_grab_key_checked(driver_, 0, rootOf(driver_),
-                                                X11Modifier::kControl | X11Modifier::kMod4, left,
-                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)),
-              nullptr);
+    EXPECT_TRUE(driverGrabs(controlSuper));
 }
 
 TEST_F(X11HotKeysTest, IdsAndCombinationsAreNotSharedAndUnregisteringStopsDelivery) {
@@ -130,14 +129,14 @@ TEST_F(X11HotKeysTest, IdsAndCombinationsAreNotSharedAndUnregisteringStopsDelive
 
     hotKeys_.unregisterHotKey(7);
     hotKeys_.unregisterHotKey(42);
-    type({XK_Control_L, XK_Super_L, XK_Left});
+    driver_.type({XK_Control_L, XK_Super_L, XK_Left});
     deliver();
     EXPECT_TRUE(takeEvents().empty());
     // The combination is free again, for this client and others.
     EXPECT_TRUE(hotKeys_.registerHotKey(9, {kLeftArrow, kControlOption}).has_value());
 
     // A handler dropped before the press is delivered hears nothing of it.
-    type({XK_Control_L, XK_Super_L, XK_Left});
+    driver_.type({XK_Control_L, XK_Super_L, XK_Left});
     handler_.reset();
     deliver();
     EXPECT_TRUE(takeEvents().empty());
@@ -147,15 +146,13 @@ TEST_F(X11HotKeysTest, AKeyMappedLaterIsGrabbedWhenTheMappingChanges) {
     // F20 is on no key of the virtual keyboard: the registration waits for one.
     ASSERT_TRUE(hotKeys_.registerHotKey(7, {90, CarbonModifier::kControl}).has_value());
 
-    const xcb_setup_t* setup = xcb_get_setup(driver_);
-    const xcb_keycode_t spare = setup->max_keycode;
     const xcb_keysym_t symbols[] = {XK_F20, XK_F20};
-    xcb_change_keyboard_mapping(driver_, 1, spare, 2, symbols);
+    xcb_change_keyboard_mapping(driver_.raw(), 1, xcb_get_setup(driver_.raw())->max_keycode, 2,
+                                symbols);
     deliver();
-    xcb_key_symbols_free(driverSymbols_);
-    driverSymbols_ = xcb_key_symbols_alloc(driver_);
+    driver_.forgetKeyCodes();
 
-    type({XK_Control_L, XK_F20});
+    driver_.type({XK_Control_L, XK_F20});
     deliver();
     EXPECT_EQ(takeEvents(), kPressedAndReleased7);
 }

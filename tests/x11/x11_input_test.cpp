@@ -4,7 +4,7 @@
 
 #include "platform/x11/x11_event_monitor.h"
 #include "platform/x11/x11_pointer.h"
-#include "x11/x11_input_fixture.h"
+#include "x11_test_support.h"
 
 namespace corvetta {
 namespace {
@@ -33,7 +33,7 @@ protected:
 };
 
 TEST_F(X11InputEventsTest, ThePointerIsInScreenSpaceOfThePrimaryMonitor) {
-    moveTo(300, 100);
+    driver_.moveTo(300, 100);
     deliver();
     EXPECT_EQ(pointer_.mouseLocation(), (Point{300, 700}));
     primary_ = Rect(100, 50, 640, 480);
@@ -50,11 +50,11 @@ TEST_F(X11InputEventsTest, MouseButtonsReachTheMonitorsThatAskForThem) {
         monitor_.addLocalMonitor(eventMask(EventType::leftMouseUp),
                                  [&](const InputEvent& event) { local.push_back(event); });
 
-    moveTo(100, 200);
-    click(1);
-    click(3);
+    driver_.moveTo(100, 200);
+    driver_.click(1);
+    driver_.click(3);
     // Wheel steps are no clicks.
-    click(4);
+    driver_.click(4);
     deliver();
     EXPECT_EQ(ups, std::vector<InputEvent>({{EventType::leftMouseUp, {100, 600}, 0, 0}}));
     EXPECT_EQ(downs, std::vector<InputEvent>({{EventType::leftMouseDown, {100, 600}, 0, 0},
@@ -62,7 +62,7 @@ TEST_F(X11InputEventsTest, MouseButtonsReachTheMonitorsThatAskForThem) {
     EXPECT_TRUE(local.empty());
 
     upMonitor.reset();
-    click(1);
+    driver_.click(1);
     deliver();
     EXPECT_EQ(ups.size(), 1u);
 }
@@ -70,13 +70,13 @@ TEST_F(X11InputEventsTest, MouseButtonsReachTheMonitorsThatAskForThem) {
 TEST_F(X11InputEventsTest, ModifierChangesBecomeFlagsChangedWithTheFlagsNow) {
     std::vector<InputEvent> events;
     auto flagsMonitor = record(eventMask(EventType::flagsChanged), events);
-    moveTo(10, 20);
-    press(XK_Shift_L);
-    press(XK_Control_L);
+    driver_.moveTo(10, 20);
+    driver_.press(XK_Shift_L);
+    driver_.press(XK_Control_L);
     // Keys that change no modifier are not flag changes.
-    type({XK_a});
-    release(XK_Shift_L);
-    release(XK_Control_L);
+    driver_.type({XK_a});
+    driver_.release(XK_Shift_L);
+    driver_.release(XK_Control_L);
     deliver();
 
     std::vector<std::uint64_t> flags;

@@ -2,8 +2,9 @@
 #pragma once
 
 // What the X11 backend's tests share: a private X server, a queue the test drives, the backend's
-// connection, and a plain client connection that plays the other applications (and, where a test
-// runs without a window manager, the window manager's root properties).
+// connection, and plain client connections that play the other applications (and, where a test
+// runs without a window manager, the window manager's root properties) or the user at the
+// keyboard and mouse.
 
 #include <chrono>
 #include <cstdint>
@@ -13,101 +14,18 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <xcb/xcb.h>
 
 #include "foundation/clock.h"
 #include "foundation/manual_queue.h"
 #include "platform/x11/x11_connection.h"
-#include "support/child_process.h"
+#include "support/fake_x_client.h"
+#include "support/running_process.h"
 #include "support/virtual_display.h"
 
 namespace corvetta::testing {
-
-// Another X client: creates windows and writes properties the way applications and window
-// managers do.
-class FakeClient {
-public:
-    explicit FakeClient(const std::string& display)
-        : connection_(xcb_connect(display.c_str(), nullptr)) {
-        if (xcb_connection_has_error(connection_)) {
-            throw std::runtime_error("cannot connect to " + display);
-        }
-        root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-    }
-    ~FakeClient() { xcb_disconnect(connection_); }
-    FakeClient(const FakeClient&) = delete;
-    FakeClient& operator=(const FakeClient&) = delete;
-
-    xcb_connection_t* raw() const { return connection_; }
-    xcb_window_t root() const { return root_; }
-
-    xcb_atom_t atom(const std::string& name) {
-        auto* reply = xcb_intern_atom_reply(
-            connection_,
-            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
-            nullptr);
-        const xcb_atom_t result = reply->atom;
-        std::free(reply);
-        return result;
-    }
-    xcb_window_t createWindow(int x, int y, int width, int height) {
-        const xcb_window_t window = xcb_generate_id(connection_);
-        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root_,
-                          static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
-                          static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height), 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        return window;
-    }
-    void setCardinals(xcb_window_t window, const std::string& property,
-                      const std::vector<std::uint32_t>& values,
-                      xcb_atom_t type = XCB_ATOM_CARDINAL) {
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), type, 32,
-                            static_cast<std::uint32_t>(values.size()), values.data());
-    }
-    void setText(xcb_window_t window, const std::string& property, const std::string& text,
-                 xcb_atom_t type) {
-        xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), type, 8,
-                            static_cast<std::uint32_t>(text.size()), text.data());
-    }
-    // A top-level window of an application: its process, WM_CLASS and title.
-    xcb_window_t createClientWindow(int x, int y, int width, int height, std::uint32_t pid,
-                                    const std::string& className, const std::string& title) {
-        const auto window = createWindow(x, y, width, height);
-        setCardinals(window, "_NET_WM_PID", {pid});
-        setText(window, "WM_CLASS", className + std::string(1, '\0') + className + '\0',
-                XCB_ATOM_STRING);
-        setText(window, "WM_NAME", title, XCB_ATOM_STRING);
-        xcb_map_window(connection_, window);
-        xcb_flush(connection_);
-        return window;
-    }
-    void destroy(xcb_window_t window) { xcb_destroy_window(connection_, window); }
-    // Waits until the server has handled everything sent.
-    void sync() {
-        std::free(
-            xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
-    }
-
-private:
-    xcb_connection_t* connection_;
-    xcb_window_t root_ = 0;
-};
-
-// Runs a command line to its end; the exit status.
-inline int runProgram(std::vector<std::string> arguments, std::vector<std::string> environment) {
-    auto argv = nullTerminated(arguments);
-    auto envp = nullTerminated(environment);
-    pid_t pid = 0;
-    if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), envp.data()) != 0) {
-        return -1;
-    }
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 // A private display with the backend connected to it on a manual queue.
 class X11Fixture {
@@ -130,9 +48,10 @@ public:
     X11Connection& connection() { return *connection_; }
     FakeClient& client() { return *client_; }
 
-    int xrandr(std::vector<std::string> arguments) {
+    // Whether xrandr with `arguments` succeeded.
+    bool xrandr(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "xrandr");
-        return runProgram(std::move(arguments), display_.environment());
+        return RunningProcess(std::move(arguments), display_.environment()).waitForExit() == 0;
     }
 
     // Runs the queue until `done` holds or the safety deadline passes. Between checks it blocks
@@ -184,6 +103,38 @@ private:
     Registration counting_;
     std::uint64_t eventsSeen_ = 0;
     std::unique_ptr<FakeClient> client_;
+};
+
+// One private X server for the suite, with two clients per test: the one the class under test
+// uses, and a driver that plays the user.
+class X11InputTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { display_ = new VirtualDisplay(); }
+    static void TearDownTestSuite() {
+        delete display_;
+        display_ = nullptr;
+    }
+
+    xcb_window_t root() const { return observedClient_.root(); }
+    // Once the server has handled what the driver sent, every event it caused is in the observed
+    // client's queue (the server answers in order): hand them to `handle`, then run the work
+    // they posted.
+    void deliver(const std::function<bool(const xcb_generic_event_t&)>& handle) {
+        driver_.sync();
+        observedClient_.sync();
+        while (xcb_generic_event_t* event = xcb_poll_for_event(observed_)) {
+            handle(*event);
+            std::free(event);
+        }
+        queue_.runUntilIdle();
+    }
+
+    static inline VirtualDisplay* display_ = nullptr;
+    FakeClient observedClient_{display_->displayName()};
+    xcb_connection_t* observed_ = observedClient_.raw();
+    FakeClient driver_{display_->displayName()};
+    ManualClock clock_;
+    ManualQueue queue_{clock_};
 };
 
 }  // namespace corvetta::testing
