@@ -17,9 +17,7 @@ double insetUnlessOnEdge(double edge, double screenEdge, double inset) {
 }  // namespace
 
 Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacing) {
-    // An empty frame (the size cycle's) has no edges to keep apart; insetting it would turn it
-    // inside out into a size no window can take.
-    if (!(spacing > 0) || frame.isEmpty()) {
+    if (!(spacing > 0)) {
         return frame;
     }
     const double half = spacing / 2;
@@ -27,7 +25,8 @@ Rect insetByLayoutGap(const Rect& frame, const Rect& visibleFrame, double spacin
     double right = insetUnlessOnEdge(frame.maxX(), visibleFrame.maxX(), half);
     double bottom = insetUnlessOnEdge(frame.minY(), visibleFrame.minY(), half);
     double top = insetUnlessOnEdge(frame.maxY(), visibleFrame.maxY(), half);
-    // A gap wider than the window would turn it inside out: that direction keeps its size.
+    // A gap wider than the window would turn it inside out into a size no window can take: that
+    // direction keeps its size. This also leaves the size cycle's empty frame as it is.
     if (!(left + right < frame.size.width)) {
         left = right = 0;
     }
