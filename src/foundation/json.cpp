@@ -141,6 +141,14 @@ Rect rectFromJson(const Json& value, const std::string& path) {
     return decodeJsonValue<Rect>(value, path, "rect");
 }
 
+Json pointToJson(const Point& point) {
+    return Json::array({point.x, point.y});
+}
+
+Json sizeToJson(const Size& size) {
+    return Json::array({size.width, size.height});
+}
+
 JsonObjectReader::JsonObjectReader(const Json& object, std::string path)
     : object_(object), path_(std::move(path)) {
     if (!object_.is_object()) {
@@ -239,7 +247,33 @@ Rect decodeJsonValue<Rect>(const Json& value, const std::string& path, std::stri
 }
 
 template <>
+Point decodeJsonValue<Point>(const Json& value, const std::string& path, std::string_view key) {
+    if (!value.is_array() || value.size() != 2) {
+        malformed(path, key, value, "[x, y]");
+    }
+    return {finiteNumber(value[0], path, key), finiteNumber(value[1], path, key)};
+}
+
+template <>
+Size decodeJsonValue<Size>(const Json& value, const std::string& path, std::string_view key) {
+    if (!value.is_array() || value.size() != 2) {
+        malformed(path, key, value, "[width, height]");
+    }
+    return {finiteNumber(value[0], path, key), finiteNumber(value[1], path, key)};
+}
+
+template <>
 Date decodeJsonValue<Date>(const Json& value, const std::string& path, std::string_view key) {
+    if (value.is_number()) {
+        // Seconds since the platform's reference date, 2001-01-01T00:00:00Z.
+        constexpr double kReferenceDateUnixSeconds = 978307200;
+        const double seconds = finiteNumber(value, path, key);
+        if (std::abs(seconds) > 1e11) {
+            malformed(path, key, value, "a date within a few thousand years");
+        }
+        return Date(std::chrono::duration_cast<Date::duration>(
+            std::chrono::duration<double>(seconds + kReferenceDateUnixSeconds)));
+    }
     if (!value.is_string()) {
         malformed(path, key, value, "an ISO 8601 date string");
     }

@@ -58,10 +58,15 @@ private:
 Json rectToJson(const Rect& rect);
 // Throws JsonDecodeError on anything but two pairs of finite numbers.
 Rect rectFromJson(const Json& value, const std::string& path = "");
+// Points and sizes as the platform's standard form, a pair of numbers.
+Json pointToJson(const Point& point);
+Json sizeToJson(const Size& size);
 
 // Reads the fields of one JSON object, reporting precisely which key is missing or malformed.
 // Supported field types: bool, int, std::int64_t, std::uint32_t, double, std::string, Uuid, Rect,
-// Date (ISO 8601 text), std::vector<std::string> and Json (any value, unchecked).
+// Point ([x, y]), Size ([width, height]), Date, std::vector<std::string> and Json (any value,
+// unchecked). Dates are written as ISO 8601 text; reading also takes a number of seconds since
+// 2001-01-01T00:00:00Z, the form the platform's standard encoder gives records stored on a Mac.
 class JsonObjectReader {
 public:
     // Throws JsonDecodeError (notAnObject) when `object` is not an object.
@@ -109,6 +114,10 @@ template <>
 Uuid decodeJsonValue<Uuid>(const Json&, const std::string&, std::string_view);
 template <>
 Rect decodeJsonValue<Rect>(const Json&, const std::string&, std::string_view);
+template <>
+Point decodeJsonValue<Point>(const Json&, const std::string&, std::string_view);
+template <>
+Size decodeJsonValue<Size>(const Json&, const std::string&, std::string_view);
 template <>
 Date decodeJsonValue<Date>(const Json&, const std::string&, std::string_view);
 template <>
