@@ -60,6 +60,15 @@ double read(const Preferences& defaults, const char* key, const Logger* logger) 
     return setting.fallback;
 }
 
+bool isInRange(const char* key, double value) {
+    for (const auto& setting : kNumericSettings) {
+        if (std::string_view(setting.key) == key) {
+            return inRange(setting, value);
+        }
+    }
+    return false;
+}
+
 SubsequentExecutionMode subsequentExecutionMode(const Preferences& defaults) {
     const auto stored = defaults.integer(kSubsequentExecutionSpace).value_or(0);
     if (stored < 0 || stored > 4) {

@@ -74,6 +74,8 @@ inline constexpr NumericSetting kNumericSettings[] = {
 // The setting's value, or its default when absent or out of range; an out-of-range value is
 // logged through `logger` when one is given. `key` must be one of kNumericSettings.
 double read(const Preferences& defaults, const char* key, const Logger* logger = nullptr);
+// Whether `value` is one the setting takes; false for a key that is not a numeric setting.
+bool isInRange(const char* key, double value);
 
 // How a repeated half action behaves; stored values outside 0...4 all mean plain placement.
 enum class SubsequentExecutionMode {
