@@ -1,4 +1,4 @@
-#include "workspaces/exported_settings.h"
+#include "import_export/exported_settings.h"
 
 #include <cmath>
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "foundation/json.h"
-#include "workspaces/exported_settings.h"
+#include "import_export/exported_settings.h"
 
 namespace corvetta {
 

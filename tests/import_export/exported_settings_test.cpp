@@ -1,11 +1,11 @@
-#include "workspaces/exported_settings.h"
+#include "import_export/exported_settings.h"
 
 #include <gtest/gtest.h>
 
 #include "foundation/clock.h"
 #include "shortcuts/hot_key_store.h"
 #include "support/test_logging.h"
-#include "workspaces/exported_settings_json.h"
+#include "import_export/exported_settings_json.h"
 
 namespace corvetta {
 namespace {

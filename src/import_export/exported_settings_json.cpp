@@ -1,4 +1,4 @@
-#include "workspaces/exported_settings_json.h"
+#include "import_export/exported_settings_json.h"
 
 #include "foundation/property_value_json.h"
 #include "shortcuts/shortcut_json.h"
