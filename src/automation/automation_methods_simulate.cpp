@@ -62,15 +62,18 @@ const Json& member(const Json& object, std::string_view key) {
 }
 
 std::optional<std::int64_t> positiveInteger(const Json& value, std::int64_t most) {
-    if (value.is_number_unsigned() &&
-        value.get<std::uint64_t>() <= static_cast<std::uint64_t>(most)) {
-        return value.get<std::int64_t>();
+    if (!value.is_number_integer()) {
+        return std::nullopt;
     }
-    if (value.is_number_integer() && value.get<std::int64_t>() >= 1 &&
-        value.get<std::int64_t>() <= most) {
-        return value.get<std::int64_t>();
+    // Read unsigned first, so numbers beyond the signed range are refused rather than wrapped.
+    if (value.is_number_unsigned()) {
+        const auto whole = value.get<std::uint64_t>();
+        return whole >= 1 && whole <= static_cast<std::uint64_t>(most)
+                   ? std::optional(static_cast<std::int64_t>(whole))
+                   : std::nullopt;
     }
-    return std::nullopt;
+    const auto whole = value.get<std::int64_t>();
+    return whole >= 1 && whole <= most ? std::optional(whole) : std::nullopt;
 }
 
 std::optional<std::vector<double>> numbers(const Json& value, std::size_t count) {
