@@ -2,6 +2,7 @@
 
 #include "automation/automation_methods.h"
 #include "automation/mcp_bridge_service.h"
+#include "platform/sim/simulated_desktop.h"
 
 namespace corvetta {
 
@@ -54,6 +55,7 @@ AutomationContext ServiceRoot::automationContext() {
         .desktopDescription = plumbing.desktopDescription,
         .statusMessage = callbacks.statusMessage,
         .shortcutsNotRegistered = callbacks.shortcutsNotRegistered,
+        .simulatedDesktop = dynamic_cast<SimulatedDesktop*>(&plumbing.desktop),
     };
 }
 

@@ -19,6 +19,8 @@
 
 namespace corvetta {
 
+class SimulatedDesktop;
+
 // What the socket's methods act on and report.
 struct AutomationContext {
     Desktop& desktop;
@@ -36,6 +38,8 @@ struct AutomationContext {
     std::function<std::string()> statusMessage;
     // The shortcuts the system refused, as name and combination label ("leftHalf", "⌃⌥←").
     std::function<std::vector<std::pair<std::string, std::string>>()> shortcutsNotRegistered;
+    // The same desktop when it is the simulated one, which "simulate" changes; none elsewhere.
+    SimulatedDesktop* simulatedDesktop = nullptr;
 };
 
 class MethodParams;

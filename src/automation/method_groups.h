@@ -22,6 +22,8 @@ void addApplicationMethods(MethodTable& table, const SharedContext& context);
 void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
+// simulate, on the simulated desktop only.
+void addSimulationMethods(MethodTable& table, const SharedContext& context);
 
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {

@@ -31,6 +31,14 @@ constexpr MethodHelp kMethods[] = {
     {"close_app_windows", "bundle_id=ID", "close every window of an application"},
     {"get_status", "", "the status message, version and desktop"},
     {"sync", "", "answer once all work queued before it is done and the desktop has caught up"},
+    {"simulate",
+     "[displays=[...]] [sleep=true] [userFrame={...}] [mouse={...}] [modifiers=N]\n"
+     "           [launch=ID] [quit=PID]",
+     "simulated desktop only: make the changes a user or the system makes, in this order:\n"
+     "new displays (the desktop file's format), a sleep and wake, a user's drag of a window\n"
+     "({\"window\": N, \"frame\": [X,Y,W,H]} in accessibility space), a left mouse event\n"
+     "({\"event\": \"down\"|\"drag\"|\"up\", \"location\": [X,Y]} in screen space), the modifier\n"
+     "flags held, an installed application started, an application quit"},
 };
 
 std::string indented(const char* text, const std::string& indent) {

@@ -412,6 +412,27 @@ void checkApplications(const std::vector<SimulatedApplication>& applications,
     }
 }
 
+// The displays, primary first, each id once.
+std::vector<SimulatedDisplay> readDisplayList(const Json& value, const std::string& place) {
+    if (!value.is_array()) {
+        refuse(place, "expected an array");
+    }
+    if (value.empty()) {
+        refuse(place, "expected at least one display");
+    }
+    std::vector<SimulatedDisplay> displays;
+    UniqueCheck displayIds("display id");
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        displays.push_back(readDisplay(value[i], indexed(place, i)));
+        displayIds.add(displays.back().id, indexed(place, i) + ".id");
+    }
+    if (displays.front().frame.origin != Point{0, 0}) {
+        refuse(indexed(place, 0) + ".frame",
+               "the first display is the primary and must start at [0, 0]");
+    }
+    return displays;
+}
+
 SimulatedDesktopSetup readDesktop(const Json& document) {
     const ObjectReader reader(
         document, "",
@@ -419,18 +440,8 @@ SimulatedDesktopSetup readDesktop(const Json& document) {
          "installed", "self", "reservedHotKeys"});
     SimulatedDesktopSetup setup;
 
-    const auto displays = reader.elements("displays");
-    if (displays.empty()) {
-        refuse("displays", "expected at least one display");
-    }
-    UniqueCheck displayIds("display id");
-    for (const auto& [display, place] : displays) {
-        setup.displays.push_back(readDisplay(*display, place));
-        displayIds.add(setup.displays.back().id, place + ".id");
-    }
-    if (setup.displays.front().frame.origin != Point{0, 0}) {
-        refuse("displays[0].frame", "the first display is the primary and must start at [0, 0]");
-    }
+    const auto* displays = reader.find("displays");
+    setup.displays = readDisplayList(displays != nullptr ? *displays : Json::array(), "displays");
 
     for (const auto& [app, place] : reader.elements("applications")) {
         setup.applications.push_back(readApplication(*app, place, nullptr));
@@ -497,6 +508,15 @@ Expected<SimulatedDesktopSetup, DesktopFileError> parseSimulatedDesktop(std::str
     }
     try {
         return readDesktop(document);
+    } catch (const FileProblem& problem) {
+        return unexpected(DesktopFileError{problem.place, problem.problem});
+    }
+}
+
+Expected<std::vector<SimulatedDisplay>, DesktopFileError> parseSimulatedDisplays(
+    const Json& displays, const std::string& place) {
+    try {
+        return readDisplayList(displays, place);
     } catch (const FileProblem& problem) {
         return unexpected(DesktopFileError{problem.place, problem.problem});
     }
