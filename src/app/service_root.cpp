@@ -28,6 +28,8 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       shortcutStartup(p.defaults, shortcutManager, hotKeyStore, keyboardShortcuts, p.logging),
       shortcutService(shortcutBridge, hotKeyStore, windowSnappingService, p.defaults, p.logging,
                       callbacks.quit),
+      customLayoutStore(p.defaults, shortcutBridge, p.notifications, p.queue.clock(),
+                        p.configFolder, p.logging),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
@@ -49,6 +51,7 @@ AutomationContext ServiceRoot::automationContext() {
         .screenDetection = screenDetection,
         .snappingService = windowSnappingService,
         .windowMover = windowMover,
+        .layoutStore = customLayoutStore,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,

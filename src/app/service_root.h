@@ -16,6 +16,7 @@
 #include "foundation/main_queue.h"
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
+#include "layouts/custom_layout_store.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -50,6 +51,9 @@ struct ProcessPlumbing {
     // For status queries: "corvetta 0.1.0" and what the desktop is.
     std::string version{};
     std::string desktopDescription{};
+    // Where the program keeps its own files (quarantine files among them); with none, damaged
+    // stored data stays where it is rather than being overwritten.
+    std::filesystem::path configFolder{};
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -105,6 +109,9 @@ public:
     KeyboardShortcutsBridge shortcutBridge;
     ShortcutStartup shortcutStartup;
     ShortcutService shortcutService;
+
+    // The user's layout templates.
+    CustomLayoutStore customLayoutStore;
 
     PermissionManager permissionManager;
 

@@ -13,6 +13,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addWindowMethods(methods_, context_);
     addApplicationMethods(methods_, context_);
     addNewWindowMethods(methods_, context_);
+    addLayoutMethods(methods_, context_);
     addStatusMethods(methods_, context_);
     addSimulationMethods(methods_, context_);
 }

@@ -12,6 +12,7 @@
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/main_queue.h"
+#include "layouts/custom_layout_store.h"
 #include "platform/desktop.h"
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
@@ -28,6 +29,7 @@ struct AutomationContext {
     ScreenDetectionService& screenDetection;
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
+    CustomLayoutStore& layoutStore;
     Logbook& logbook;
     LoggingService& logging;
     // "Corvetta 0.1.0".

@@ -29,6 +29,10 @@ constexpr MethodHelp kMethods[] = {
     {"discover_new_window_shortcut", "bundle_id=ID", "find the menu item that opens a new window"},
     {"inspect_app_windows", "bundle_id=ID", "a diagnostic view of an application's windows"},
     {"close_app_windows", "bundle_id=ID", "close every window of an application"},
+    {"list_layouts", "", "every layout template: panes as [x, y, width, height], space, shortcut"},
+    {"save_layout", "name=NAME panes=[[X,Y,W,H],...] [description=TEXT]",
+     "save a new global layout template; panes are fractions of the usable area, origin at\n"
+     "its lower-left corner, in fill order"},
     {"get_status", "", "the status message, version and desktop"},
     {"sync", "", "answer once all work queued before it is done and the desktop has caught up"},
     {"simulate",
