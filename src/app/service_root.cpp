@@ -2,8 +2,15 @@
 
 #include "automation/automation_methods.h"
 #include "automation/mcp_bridge_service.h"
+#include "foundation/paths.h"
 
 namespace corvetta {
+
+namespace {
+std::filesystem::path configFolderOf(const ProcessPlumbing& plumbing) {
+    return plumbing.configFolder.value_or(Paths::resolve(processEnvironment()).configFolder);
+}
+}  // namespace
 
 ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
     : plumbing(p),
@@ -29,6 +36,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                       callbacks.quit),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      workspaceService(p.defaults, p.notifications, p.queue.clock(), p.logging, configFolderOf(p)),
+      // The layout store takes over moving a deleted space's templates once it exists.
+      spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
+                   configFolderOf(p), {}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;
@@ -48,6 +59,8 @@ AutomationContext ServiceRoot::automationContext() {
         .screenDetection = screenDetection,
         .snappingService = windowSnappingService,
         .windowMover = windowMover,
+        .workspaceService = workspaceService,
+        .spaceManager = spaceManager,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,

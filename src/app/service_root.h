@@ -29,6 +29,8 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -50,6 +52,9 @@ struct ProcessPlumbing {
     // For status queries: "corvetta 0.1.0" and what the desktop is.
     std::string version{};
     std::string desktopDescription{};
+    // Where the program's own files go (workspace backup, spaces, quarantine files); without one,
+    // the config folder HOME and the XDG variables name.
+    std::optional<std::filesystem::path> configFolder{};
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -69,7 +74,8 @@ struct ServiceCallbacks {
 // The one place the long-lived services are built: each is a member, constructed from the
 // plumbing and the members declared before it, and destroyed in reverse order, so no service
 // outlives what it holds a reference to. Nothing is replaced at run time. Building has no effect
-// outside the process (no key grabbed, no socket bound, no setting written): starting things is
+// outside the process beyond loading the stores (no key grabbed, no socket bound; the stores may
+// record their one-time migrations and keep damaged data aside): starting things is
 // the launch's job, in the order it chooses. Adding a service is one member and one line in the
 // constructor. Main thread only.
 class ServiceRoot {
@@ -107,6 +113,10 @@ public:
     ShortcutService shortcutService;
 
     PermissionManager permissionManager;
+
+    // What the user keeps: workspaces and the spaces that group them.
+    WorkspaceService workspaceService;
+    SpaceManager spaceManager;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

@@ -14,6 +14,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addApplicationMethods(methods_, context_);
     addNewWindowMethods(methods_, context_);
     addStatusMethods(methods_, context_);
+    addWorkspaceMethods(methods_, context_);
 }
 
 void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {

@@ -16,6 +16,8 @@
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -26,6 +28,8 @@ struct AutomationContext {
     ScreenDetectionService& screenDetection;
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
+    WorkspaceService& workspaceService;
+    SpaceManager& spaceManager;
     Logbook& logbook;
     LoggingService& logging;
     // "Corvetta 0.1.0".

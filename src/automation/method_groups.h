@@ -22,6 +22,9 @@ void addApplicationMethods(MethodTable& table, const SharedContext& context);
 void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
+// list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
+// create_space, delete_space, activate_space.
+void addWorkspaceMethods(MethodTable& table, const SharedContext& context);
 
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {

@@ -41,6 +41,7 @@ SpaceManager::SpaceManager(WorkspaceService& workspaceService, Preferences& defa
       notifications_(notifications),
       clock_(clock),
       moveLayoutsToGlobal_(std::move(moveLayoutsToGlobal)) {
+    removeAbandonedTemporaryFiles(spacesFile_);
     if (load() != LoadResult::damaged) {
         std::set<Uuid> existing;
         for (const auto& space : storedSpaces_) {

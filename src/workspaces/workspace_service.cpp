@@ -58,6 +58,8 @@ WorkspaceService::WorkspaceService(Preferences& defaults, NotificationCenter& no
       clock_(clock),
       backupFile_(backupFile.value_or(configFolder / kBackupFileName)),
       restoreGate_(clock) {
+    // A save killed half-way leaves its temporary file behind; the backup itself is whole.
+    removeAbandonedTemporaryFiles(backupFile_);
     load();
     runMigrations();
     if (const auto stored = defaults_.string(kActiveSpaceIdKeyV2)) {
