@@ -2,9 +2,16 @@
 
 #include "automation/automation_methods.h"
 #include "automation/mcp_bridge_service.h"
+#include "foundation/paths.h"
 #include "platform/sim/simulated_desktop.h"
 
 namespace corvetta {
+
+namespace {
+std::filesystem::path configFolderOf(const ProcessPlumbing& plumbing) {
+    return plumbing.configFolder.value_or(Paths::resolve(processEnvironment()).configFolder);
+}
+}  // namespace
 
 ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
     : plumbing(p),
@@ -29,9 +36,13 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       shortcutService(shortcutBridge, hotKeyStore, windowSnappingService, p.defaults, p.logging,
                       callbacks.quit),
       customLayoutStore(p.defaults, shortcutBridge, p.notifications, p.queue.clock(),
-                        p.configFolder, p.logging),
+                        configFolderOf(p), p.logging),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      workspaceService(p.defaults, p.notifications, p.queue.clock(), p.logging, configFolderOf(p)),
+      spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
+                   configFolderOf(p),
+                   [this](const Uuid& spaceId) { customLayoutStore.moveLayoutsToGlobal(spaceId); }),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;
@@ -52,6 +63,8 @@ AutomationContext ServiceRoot::automationContext() {
         .snappingService = windowSnappingService,
         .windowMover = windowMover,
         .layoutStore = customLayoutStore,
+        .workspaceService = workspaceService,
+        .spaceManager = spaceManager,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,

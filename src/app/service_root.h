@@ -30,6 +30,8 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -51,9 +53,9 @@ struct ProcessPlumbing {
     // For status queries: "corvetta 0.1.0" and what the desktop is.
     std::string version{};
     std::string desktopDescription{};
-    // Where the program keeps its own files (quarantine files among them); with none, damaged
-    // stored data stays where it is rather than being overwritten.
-    std::filesystem::path configFolder{};
+    // Where the program's own files go (workspace backup, spaces, quarantine files); without one,
+    // the config folder HOME and the XDG variables name.
+    std::optional<std::filesystem::path> configFolder{};
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -73,7 +75,8 @@ struct ServiceCallbacks {
 // The one place the long-lived services are built: each is a member, constructed from the
 // plumbing and the members declared before it, and destroyed in reverse order, so no service
 // outlives what it holds a reference to. Nothing is replaced at run time. Building has no effect
-// outside the process (no key grabbed, no socket bound, no setting written): starting things is
+// outside the process beyond loading the stores (no key grabbed, no socket bound; the stores may
+// record their one-time migrations and keep damaged data aside): starting things is
 // the launch's job, in the order it chooses. Adding a service is one member and one line in the
 // constructor. Main thread only.
 class ServiceRoot {
@@ -114,6 +117,10 @@ public:
     CustomLayoutStore customLayoutStore;
 
     PermissionManager permissionManager;
+
+    // What the user keeps: workspaces and the spaces that group them.
+    WorkspaceService workspaceService;
+    SpaceManager spaceManager;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

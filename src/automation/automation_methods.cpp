@@ -16,6 +16,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addLayoutMethods(methods_, context_);
     addStatusMethods(methods_, context_);
     addSimulationMethods(methods_, context_);
+    addWorkspaceMethods(methods_, context_);
 }
 
 void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {

@@ -17,6 +17,8 @@
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -30,6 +32,8 @@ struct AutomationContext {
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
+    WorkspaceService& workspaceService;
+    SpaceManager& spaceManager;
     Logbook& logbook;
     LoggingService& logging;
     // "Corvetta 0.1.0".

@@ -26,6 +26,9 @@ void addLayoutMethods(MethodTable& table, const SharedContext& context);
 void addStatusMethods(MethodTable& table, const SharedContext& context);
 // simulate, on the simulated desktop only.
 void addSimulationMethods(MethodTable& table, const SharedContext& context);
+// list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
+// create_space, delete_space, activate_space.
+void addWorkspaceMethods(MethodTable& table, const SharedContext& context);
 
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {

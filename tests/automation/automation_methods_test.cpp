@@ -67,7 +67,7 @@ TEST_F(AutomationMethodsTest, BadRequestsAreAnsweredWithTheirError) {
         const char* error;
     };
     const std::vector<Row> rows = {
-        {"list_spaces", "{}", "Unknown method: list_spaces"},
+        {"no_such_method", "{}", "Unknown method: no_such_method"},
         {"snap_window", "{}", "Missing required param: position"},
         {"snap_window", R"({"position": null})", "Missing required param: position"},
         {"snap_window", R"({"position": "topThird"})", "Invalid position: topThird"},
