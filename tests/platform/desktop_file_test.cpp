@@ -2,8 +2,10 @@
 
 #include "foundation/json.h"
 #include "foundation/manual_queue.h"
+#include "platform/edid.h"
 #include "platform/sim/simulated_desktop.h"
 #include "platform/sim/simulated_desktop_file.h"
+#include "support/sample_edid.h"
 #include "support/temporary_folder.h"
 
 namespace corvetta {
@@ -48,6 +50,47 @@ TEST(DesktopFileTest, TheDocumentedExampleLoadsWithItsDefaults) {
     EXPECT_EQ(defaults->displays[0].name, "Display 4");
     EXPECT_EQ(defaults->displays[0].visibleFrame, Rect(0, 0, 800, 600));
     EXPECT_EQ(defaults->displays[0].scale, 1);
+}
+
+TEST(DesktopFileTest, DisplayIdentityComesFromTheFileElseFromTheEdid) {
+    struct Row {
+        std::string keys;
+        const char* name;
+        std::optional<std::string> uuid, serial, edidHash, colorSpace;
+        std::optional<Size> physicalSize;
+    };
+    const std::string edid = R"("edid": ")" + testing::kSampleEdidHex + R"(")";
+    const std::vector<Row> rows = {
+        {R"({})", "Display 1", {}, {}, {}, {}, {}},
+        {"{" + edid + "}",
+         "DELL U2415",
+         "3E032273-F3BF-5457-A5D3-2F2BED4A0A2E",
+         "842550092",
+         "2394d1fb",
+         {},
+         {}},
+        {R"({"name": "Left", "uuid": "e621e1f8-c36c-495a-93fc-0c247a3e6e5f", "serial": "S1", )"
+         R"("physicalSize": [520, 320], "colorSpace": "sRGB", )" +
+             edid + "}",
+         "Left", "E621E1F8-C36C-495A-93FC-0C247A3E6E5F", "S1", "2394d1fb", "sRGB", Size{520, 320}},
+        // Bytes that are no EDID are kept, as a display sends them, and tell nothing.
+        {R"({"edid": "00ff"})", "Display 1", {}, {}, {}, {}, {}},
+    };
+    for (const auto& row : rows) {
+        auto document = example();
+        document["displays"][0] = Json{{"id", 1}, {"frame", {0, 0, 800, 600}}};
+        document["displays"][0].merge_patch(Json::parse(row.keys));
+        const auto setup = parseSimulatedDesktop(document.dump());
+        ASSERT_TRUE(setup.has_value()) << setup.error().message();
+        const auto& display = setup->displays[0];
+        SCOPED_TRACE(row.keys);
+        EXPECT_EQ(display.name, row.name);
+        EXPECT_EQ(display.identity.persistentUUID, row.uuid);
+        EXPECT_EQ(display.identity.serial, row.serial);
+        EXPECT_EQ(edidFingerprint(display.identity.edid), row.edidHash);
+        EXPECT_EQ(display.identity.colorSpace, row.colorSpace);
+        EXPECT_EQ(display.identity.physicalSize, row.physicalSize);
+    }
 }
 
 TEST(DesktopFileTest, EveryExtensionIsRead) {
@@ -107,6 +150,12 @@ TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
          "must lie inside the frame"},
         {"/displays/-", R"({"id": 1, "frame": [1440, 0, 800, 600]})", "displays[1].id",
          "duplicate display id 1"},
+        {"/displays/0/uuid", R"("E621E1F8")", "displays[0].uuid", "expected a UUID"},
+        {"/displays/0/edid", R"("00fg")", "displays[0].edid", "expected hexadecimal bytes"},
+        {"/displays/0/edid", R"("00f")", "displays[0].edid", "expected hexadecimal bytes"},
+        {"/displays/0/physicalSize", "[0, 300]", "displays[0].physicalSize",
+         "width and height must be positive"},
+        {"/displays/0/colorSpace", "1", "displays[0].colorSpace", "expected a string"},
         {"/applications/-", R"({"pid": 101, "name": "Terminal"})", "applications[1].pid",
          "duplicate pid 101"},
         {"/applications/-",
