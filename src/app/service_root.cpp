@@ -29,6 +29,8 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                       callbacks.quit),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      displayStability(p.queue.clock(), p.logging),
+      displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;

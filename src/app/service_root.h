@@ -29,6 +29,8 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/display_arrangement_stability_service.h"
+#include "workspaces/display_change_monitor_service.h"
 
 namespace corvetta {
 
@@ -107,6 +109,10 @@ public:
     ShortcutService shortcutService;
 
     PermissionManager permissionManager;
+
+    // The display arrangement: the current one, and how it changed from a saved one.
+    DisplayArrangementStabilityService displayStability;
+    DisplayChangeMonitorService displayChangeMonitor;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;
