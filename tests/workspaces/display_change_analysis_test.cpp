@@ -15,6 +15,7 @@ using namespace std::chrono_literals;
 struct Placed {
     std::string id;
     double x = 0, y = 0;
+    Placed at(double toX, double toY) const { return {id, toX, toY}; }
 };
 
 // The first display is the main one.
@@ -38,7 +39,8 @@ DisplayArrangementInfo arrangement(const std::vector<Placed>& displays) {
     return result;
 }
 
-const Placed A{"AAAAAAAA"}, B{"BBBBBBBB", 1920}, C{"CCCCCCCC", -1920};
+const Placed A{"AAAAAAAA"}, B{"BBBBBBBB", 1920}, C{"CCCCCCCC", -1920}, D{"DDDDDDDD"};
+const Placed anonymous{""};
 
 struct StabilityTest : ::testing::Test {
     ManualClock clock;
@@ -48,120 +50,53 @@ struct StabilityTest : ::testing::Test {
 };
 
 TEST_F(StabilityTest, ClassifiesEachKindOfChangeWithItsReasonsAndConfidence) {
+    using enum DisplayChangeType;
+    const std::string minor = "Minor position changes detected";
+    const std::string significant = "Significant position changes detected";
+    const std::string restart =
+        "Display IDs changed during startup grace period (potential restart)";
+    const std::string keyA = "1920x1080_1.0_external_dell_uuid_AAAAAAAA";
     struct Row {
         const char* what;
         std::vector<Placed> saved, current;
         Duration sinceStart;
         DisplayChangeType type;
-        std::vector<std::string> reasons;
         float confidence;
+        std::vector<std::string> reasons;
     };
+    // clang-format off
     const std::vector<Row> rows = {
-        {"unchanged", {A, B}, {A, B}, 0s, DisplayChangeType::noChange, {}, 1.0f},
-        {"moved within the tolerance",
-         {A, B},
-         {A, {"BBBBBBBB", 1920, 50}},
-         0s,
-         DisplayChangeType::noChange,
-         {},
-         1.0f},
-        {"moved 120",
-         {A, B},
-         {A, {"BBBBBBBB", 1920, 120}},
-         0s,
-         DisplayChangeType::positionChanged,
-         {"Minor position changes detected"},
-         0.6f},
-        {"moved 300",
-         {A, B},
-         {A, {"BBBBBBBB", 1620, 0}},
-         0s,
-         DisplayChangeType::positionChanged,
-         {"Significant position changes detected"},
-         0.6f},
-        {"moved 450",
-         {A, B},
-         {A, {"BBBBBBBB", 1920, -450}},
-         0s,
-         DisplayChangeType::positionChanged,
-         {"Significant position changes detected"},
-         0.9f},
-        {"moved 900",
-         {A, B},
-         {A, {"BBBBBBBB", 1920, 900}},
-         0s,
-         DisplayChangeType::positionChanged,
-         {"Significant position changes detected"},
-         1.0f},
-        {"added",
-         {A},
-         {A, B},
-         0s,
-         DisplayChangeType::displayAdded,
-         {"Display count changed: 1 → 2"},
-         0.95f},
-        {"one of three unplugged",
-         {A, B, C},
-         {A, B},
-         0s,
-         DisplayChangeType::displayRemoved,
-         {"Display count changed: 3 → 2", "Some displays are missing from saved arrangement"},
-         0.9f},
-        {"new UUID during the grace period",
-         {A, B},
-         {A, {"DDDDDDDD", 1920}},
-         29s,
-         DisplayChangeType::potentialRestart,
-         {"Display IDs changed during startup grace period (potential restart)"},
-         0.9f},
-        {"new UUID after it",
-         {A, B},
-         {A, {"DDDDDDDD", 1920}},
-         30s,
-         DisplayChangeType::displayReplaced,
-         {"Display IDs changed outside grace period"},
-         0.8f},
-        {"new UUID and a display moved far during the grace period",
-         {A, B, C},
-         {A, {"BBBBBBBB", 1920, 400}, {"DDDDDDDD", -1920}},
-         0s,
-         DisplayChangeType::potentialRestart,
-         {"Display IDs changed during startup grace period (potential restart)",
-          "Position changes detected during potential restart scenario"},
-         0.4f},
-        {"the other display became the main one",
-         {A, B},
-         {{"BBBBBBBB"}, {"AAAAAAAA", -1920}},
-         0s,
-         DisplayChangeType::mainDisplayChanged,
-         {"Main display changed: 1920x1080_1.0_external_dell_uuid_AAAAAAAA → "
-          "1920x1080_1.0_external_dell_uuid_BBBBBBBB"},
-         0.9f},
-        {"every display gone",
-         {A},
-         {},
-         0s,
-         DisplayChangeType::mainDisplayChanged,
+        {"unchanged", {A, B}, {A, B}, 0s, noChange, 1.0f, {}},
+        {"moved within the tolerance", {A, B}, {A, B.at(1920, 50)}, 0s, noChange, 1.0f, {}},
+        {"moved 120", {A, B}, {A, B.at(1920, 120)}, 0s, positionChanged, 0.6f, {minor}},
+        {"moved 300", {A, B}, {A, B.at(1620, 0)}, 0s, positionChanged, 0.6f, {significant}},
+        {"moved 450", {A, B}, {A, B.at(1920, -450)}, 0s, positionChanged, 0.9f, {significant}},
+        {"moved 900", {A, B}, {A, B.at(1920, 900)}, 0s, positionChanged, 1.0f, {significant}},
+        {"added", {A}, {A, B}, 0s, displayAdded, 0.95f, {"Display count changed: 1 → 2"}},
+        {"one of three unplugged", {A, B, C}, {A, B}, 0s, displayRemoved, 0.9f,
+         {"Display count changed: 3 → 2", "Some displays are missing from saved arrangement"}},
+        {"new UUID in the grace period", {A, B}, {A, D.at(1920, 0)}, 29s, potentialRestart, 0.9f,
+         {restart}},
+        {"new UUID after it", {A, B}, {A, D.at(1920, 0)}, 30s, displayReplaced, 0.8f,
+         {"Display IDs changed outside grace period"}},
+        {"new UUID and a far move in the grace period", {A, B, C},
+         {A, B.at(1920, 400), D.at(-1920, 0)}, 0s, potentialRestart, 0.4f,
+         {restart, "Position changes detected during potential restart scenario"}},
+        {"the other display became the main one", {A, B}, {B.at(0, 0), A.at(-1920, 0)}, 0s,
+         mainDisplayChanged, 0.9f,
+         {"Main display changed: " + keyA + " → 1920x1080_1.0_external_dell_uuid_BBBBBBBB"}},
+        {"every display gone", {A}, {}, 0s, mainDisplayChanged, 0.9f,
          {"Display count changed: 1 → 0", "Some displays are missing from saved arrangement",
-          "Main display changed: 1920x1080_1.0_external_dell_uuid_AAAAAAAA → none"},
-         0.9f},
-        {"identical monitors exchanged places",
-         {A, B, C},
-         {A, {"BBBBBBBB", -1920}, {"CCCCCCCC", 1920}},
-         0s,
-         DisplayChangeType::identicalMonitorSwap,
-         {"Identical monitors swapped positions within space"},
-         0.95f},
-        // Without any identity two identical monitors cannot be followed: their places are all
-        // that is known of them, and those are the same.
+          "Main display changed: " + keyA + " → none"}},
+        {"identical monitors exchanged places", {A, B, C}, {A, B.at(-1920, 0), C.at(1920, 0)}, 0s,
+         identicalMonitorSwap, 0.95f, {"Identical monitors swapped positions within space"}},
+        // Without any identity identical monitors cannot be followed: their places are all that
+        // is known of them, and those are the same.
         {"anonymous identical monitors",
-         {{""}, {"", 1920}, {"", -1920}},
-         {{""}, {"", -1920}, {"", 1920}},
-         0s,
-         DisplayChangeType::noChange,
-         {},
-         1.0f},
+         {anonymous, anonymous.at(1920, 0), anonymous.at(-1920, 0)},
+         {anonymous, anonymous.at(-1920, 0), anonymous.at(1920, 0)}, 0s, noChange, 1.0f, {}},
     };
+    // clang-format on
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         ManualClock rowClock;
@@ -209,9 +144,9 @@ TEST_F(StabilityTest, RapidChangesAndTheStabilityFactorLowerTheConfidence) {
 }
 
 TEST_F(StabilityTest, LogsEachAnalysis) {
-    service.analyzeDisplayChange(arrangement({A, B}), arrangement({A, {"BBBBBBBB", 1920, 120}}));
+    service.analyzeDisplayChange(arrangement({A, B}), arrangement({A, B.at(1920, 120)}));
     service.analyzeDisplayChange(arrangement({A, B, C}),
-                                 arrangement({A, {"BBBBBBBB", -1920}, {"CCCCCCCC", 1920}}));
+                                 arrangement({A, B.at(-1920, 0), C.at(1920, 0)}));
     EXPECT_EQ(logs.messages(service.serviceName()),
               (std::vector<std::string>{
                   "DisplayArrangementStabilityService initialized at system startup",
