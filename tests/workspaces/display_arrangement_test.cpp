@@ -27,22 +27,14 @@ TEST(DisplayArrangementCapture, DescribesEachDisplayRelativeToThePrimary) {
     const Date now = ManualClock().now();
     const auto arrangement = captureDisplayArrangement(desk(), now);
     EXPECT_EQ(arrangement.createdAt, now);
-    ASSERT_EQ(arrangement.displayFingerprints.size(), 2u);
-    const auto& monitor = arrangement.displayFingerprints[0];
-    const auto& panel = arrangement.displayFingerprints[1];
-    EXPECT_EQ(monitor.relativePosition, (Point{0, 0}));
-    EXPECT_EQ(monitor.edidFingerprint, "2394d1fb");
-    EXPECT_EQ(monitor.hardwareSerial, "842550092");
-    EXPECT_EQ(monitor.physicalSize, (Size{518, 324}));
-    EXPECT_EQ(monitor.colorSpace, "sRGB");
+    // clang-format off
+    const DisplayFingerprint monitor{{1920, 1200}, Size{518, 324}, 1, "sRGB", false, {0, 0},
+        "DELL U2415", "3E032273-F3BF-5457-A5D3-2F2BED4A0A2E", "842550092", "2394d1fb"};
+    // Centres (960, 600) and (2676, 691); the panel reports nothing about itself.
+    const DisplayFingerprint panel{{1512, 982}, {}, 2, {}, true, {1716, 91}, "Built-in", {}, {}, {}};
+    // clang-format on
+    EXPECT_EQ(arrangement.displayFingerprints, (std::vector{monitor, panel}));
     EXPECT_EQ(arrangement.mainDisplayFingerprint, monitor);
-    // Centres (960, 600) and (2676, 691).
-    EXPECT_EQ(panel.relativePosition, (Point{1716, 91}));
-    EXPECT_EQ(panel.resolution, (Size{1512, 982}));
-    EXPECT_EQ(panel.scaleFactor, 2);
-    EXPECT_TRUE(panel.isBuiltIn);
-    EXPECT_FALSE(panel.persistentUUID || panel.hardwareSerial || panel.edidFingerprint ||
-                 panel.physicalSize || panel.colorSpace);
     // Keyed by UUID where the display has one, else by its display key.
     const std::map<std::string, double> heights{
         {"3E032273-F3BF-5457-A5D3-2F2BED4A0A2E", 1200},
