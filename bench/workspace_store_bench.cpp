@@ -22,7 +22,7 @@ std::vector<Workspace> thousandWorkspaces() {
         for (int w = 0; w < 10; ++w) {
             workspace.windowInfos.push_back(
                 WindowInfo{.frame = {10.0 * w, 25.0 + w, 800, 600},
-                           .monitorID = Uuid::random(),
+                           .monitorID = Uuid::random().string(),
                            .appBundleIdentifier = "com.example.app" + std::to_string(w),
                            .zOrder = w,
                            .windowTitle = "Document " + std::to_string(w) + " — Editor",

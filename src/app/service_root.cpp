@@ -43,6 +43,8 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
                    configFolderOf(p),
                    [this](const Uuid& spaceId) { customLayoutStore.moveLayoutsToGlobal(spaceId); }),
+      displayStability(p.queue.clock(), p.logging),
+      displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;

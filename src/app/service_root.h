@@ -30,6 +30,8 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/display_arrangement_stability_service.h"
+#include "workspaces/display_change_monitor_service.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_service.h"
 
@@ -121,6 +123,9 @@ public:
     // What the user keeps: workspaces and the spaces that group them.
     WorkspaceService workspaceService;
     SpaceManager spaceManager;
+    // The display arrangement: the current one, and how it changed from a saved one.
+    DisplayArrangementStabilityService displayStability;
+    DisplayChangeMonitorService displayChangeMonitor;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

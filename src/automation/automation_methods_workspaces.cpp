@@ -1,6 +1,7 @@
 #include "automation/mcp_error.h"
 #include "automation/method_groups.h"
 #include "automation/method_support.h"
+#include "workspaces/display_arrangement_capture.h"
 #include "workspaces/display_key.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_service.h"
@@ -57,13 +58,13 @@ Json displayJson(const DisplayFingerprint& display, bool isMain) {
                 {"mainDisplay", isMain}};
 }
 
-// The recorded display a window stood on: the one whose persistent UUID is its monitor id.
+// The recorded display a window stood on: the one its monitor id names.
 const DisplayFingerprint* displayOf(const Workspace& workspace, const WindowInfo& window) {
     if (!workspace.displayArrangement || !window.monitorID) {
         return nullptr;
     }
     for (const auto& display : workspace.displayArrangement->displayFingerprints) {
-        if (display.persistentUUID && Uuid::parse(*display.persistentUUID) == window.monitorID) {
+        if (monitorIdentifier(display) == *window.monitorID) {
             return &display;
         }
     }
@@ -78,7 +79,7 @@ Json workspaceLayout(const AutomationContext& context, const MethodParams& param
         windows.push_back(Json{
             {"appBundleIdentifier", textOrNull(window.appBundleIdentifier)},
             {"windowTitle", textOrNull(window.windowTitle)},
-            {"monitorID", idOrNull(window.monitorID)},
+            {"monitorID", textOrNull(window.monitorID)},
             {"frame", frameJson(window.frame)},
             {"isFullscreen", window.isFullscreen},
             {"relativePosition",

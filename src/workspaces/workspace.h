@@ -20,7 +20,9 @@ struct WindowInfo {
     // Accessibility space: top-left origin of the main display, y downward.
     Rect frame;
     // Persistent UUID of the display the window stood on.
-    std::optional<Uuid> monitorID;
+    // The display's persistent UUID text; a display that has none (no EDID) is named by its
+    // display key instead, so windows on it still find their display again.
+    std::optional<std::string> monitorID;
     std::optional<std::string> appBundleIdentifier;
     bool isFullscreen = false;
     // Stacking position at capture, 0 = frontmost.

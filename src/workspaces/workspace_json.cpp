@@ -68,7 +68,7 @@ WindowInfo windowInfoFromJson(const Json& value, const std::string& path) {
     const JsonObjectReader reader(value, path);
     WindowInfo window;
     window.frame = reader.get<Rect>("frame");
-    window.monitorID = reader.getOptional<Uuid>("monitorID");
+    window.monitorID = reader.getOptional<std::string>("monitorID");
     window.appBundleIdentifier = reader.getOptional<std::string>("appBundleIdentifier");
     window.isFullscreen = reader.get<bool>("isFullscreen");
     window.zOrder = reader.getOptional<int>("zOrder");

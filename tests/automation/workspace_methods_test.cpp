@@ -20,7 +20,7 @@ protected:
             .id = Uuid::random(),
             .name = "Coding",
             .windowInfos = {{.frame = {0, 25, 720, 875},
-                             .monitorID = Uuid::parse(*builtIn.persistentUUID),
+                             .monitorID = builtIn.persistentUUID,
                              .appBundleIdentifier = "com.example.editor",
                              .windowTitle = "main.cpp",
                              .windowIndex = 0}},

@@ -11,17 +11,16 @@ Workspace fullWorkspace() {
     Workspace workspace;
     workspace.id = Uuid::parse("E621E1F8-C36C-495A-93FC-0C247A3E6E5F");
     workspace.name = "Coding";
-    workspace.windowInfos = {
-        WindowInfo{.frame = {10, 20.5, 800, 600},
-                   .monitorID = Uuid::parse("9A1B2C3D-0000-4000-8000-000000000001"),
-                   .appBundleIdentifier = "com.example.editor",
-                   .isFullscreen = false,
-                   .zOrder = 0,
-                   .windowTitle = "main.cpp",
-                   .windowIndex = 1,
-                   .newWindowMenuName = "File",
-                   .newWindowItemTitle = "New Window"},
-        WindowInfo{.frame = {0, 0, 100, 100}, .isFullscreen = true}};
+    workspace.windowInfos = {WindowInfo{.frame = {10, 20.5, 800, 600},
+                                        .monitorID = "9A1B2C3D-0000-4000-8000-000000000001",
+                                        .appBundleIdentifier = "com.example.editor",
+                                        .isFullscreen = false,
+                                        .zOrder = 0,
+                                        .windowTitle = "main.cpp",
+                                        .windowIndex = 1,
+                                        .newWindowMenuName = "File",
+                                        .newWindowItemTitle = "New Window"},
+                             WindowInfo{.frame = {0, 0, 100, 100}, .isFullscreen = true}};
     workspace.shortcutKeyCode = 18;
     workspace.shortcutModifiers = 0x100000;
     workspace.displayArrangement = DisplayArrangementInfo{.arrangementFingerprint = "1:none:a"};
