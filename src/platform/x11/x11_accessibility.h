@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "platform/accessibility.h"
@@ -26,18 +27,19 @@ namespace corvetta {
 // read right after sees the outcome. Without that round trip the window's ConfigureNotify and
 // property changes are taken as the answer. X has no permission to grant: every process is
 // trusted.
+//
+// A window's frame, states, size hints and title are read together, in one round trip, and that
+// reading serves every read of the window until an event arrives, this program asks the window
+// manager for anything, or the queue's current work ends: a key press reads the window several
+// times in a row (to place it, to check it is not full screen, before every set, to verify), and
+// within one piece of work no announcement of a change could be handed out between them anyway.
 class X11Accessibility final : public AccessibilityPort {
 public:
     // How long a set waits for the window manager; it answers in about a millisecond.
     static constexpr std::chrono::milliseconds kApplyPatience{1000};
 
     X11Accessibility(X11Connection& connection, const X11Screens& screens,
-                     X11Applications& applications)
-        : connection_(connection),
-          screens_(screens),
-          applications_(applications),
-          properties_(connection),
-          ping_(connection) {}
+                     X11Applications& applications);
 
     bool isProcessTrusted() const override { return true; }
     AXElement applicationElement(ProcessId process) override { return AXElement(process, 0); }
@@ -53,6 +55,19 @@ public:
 
 private:
     enum class Kind { application, window, closeButton };
+    struct Reading {
+        xcb_window_t window = XCB_WINDOW_NONE;
+        Expected<X11Properties::OuterFrame, X11Error> frame;
+        Expected<std::vector<xcb_atom_t>, X11Error> states;
+        std::optional<X11SizeHints> hints;
+        Expected<std::string, X11Error> title;
+    };
+    struct Memory {
+        std::optional<Reading> reading;
+        bool forgetPosted = false;
+    };
+    const Reading& readingOf(xcb_window_t window);
+    void forgetReading() { memory_->reading.reset(); }
     struct Resolved {
         Kind kind = Kind::application;
         xcb_window_t window = XCB_WINDOW_NONE;
@@ -71,12 +86,12 @@ private:
         const Expected<X11Properties::OuterFrame, X11Error>& frame, std::string_view attribute);
     Expected<AXValue, AXErrorCode> stateAttribute(
         const Expected<std::vector<xcb_atom_t>, X11Error>& states, std::string_view attribute);
+    Expected<AXValue, AXErrorCode> minimumSize(const Reading& reading);
     bool isMaximized(const std::vector<xcb_atom_t>& states);
     // Takes the window out of both maximized states and waits for the window manager.
     void unmaximize(xcb_window_t window,
                     const Expected<X11Properties::OuterFrame, X11Error>& maximized);
     // WM_NORMAL_HINTS; none when the window sets none or is gone.
-    std::optional<X11SizeHints> sizeHints(xcb_window_t window);
     std::optional<X11SizeHints> sizeHintsOf(xcb_get_property_cookie_t cookie);
     void sendToRoot(xcb_window_t window, std::string_view type,
                     const std::array<std::uint32_t, 5>& data);
@@ -92,6 +107,9 @@ private:
     X11Applications& applications_;
     X11Properties properties_;
     X11WindowManagerPing ping_;
+    // Shared with the work that forgets the reading, which may run after this object is gone.
+    std::shared_ptr<Memory> memory_ = std::make_shared<Memory>();
+    Registration events_;
 };
 
 }  // namespace corvetta
