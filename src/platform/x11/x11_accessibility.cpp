@@ -55,18 +55,23 @@ X11Accessibility::X11Accessibility(X11Connection& connection, const X11Screens& 
       applications_(applications),
       properties_(connection),
       ping_(connection) {
-    // Whatever the event says, the window may have changed with it.
-    events_ = connection_.addEventHandler([this](const xcb_generic_event_t&) {
-        forgetReading();
+    // Key presses, pointer motion and raw input leave windows as they are; any other event may
+    // say the window changed.
+    events_ = connection_.addEventHandler([this](const xcb_generic_event_t& event) {
+        const auto type = event.response_type & 0x7f;
+        if (type != XCB_GE_GENERIC && (type < XCB_KEY_PRESS || type > XCB_MOTION_NOTIFY)) {
+            forgetReading();
+        }
         return false;
     });
 }
 
 const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window) {
-    auto& memory = *memory_;
-    if (memory.reading && memory.reading->window == window) {
-        return *memory.reading;
+    if (reading_ && reading_->window == window) {
+        return *reading_;
     }
+    // Watched first: a change after the reading cannot go unannounced.
+    connection_.watchClient(window);
     const auto frameCookies = properties_.requestOuterFrame(window);
     const auto statesCookie = properties_.requestStates(window);
     const auto hintsCookie =
@@ -76,17 +81,8 @@ const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window
     auto states = properties_.valuesOf(statesCookie, XCB_ATOM_ATOM);
     auto hints = sizeHintsOf(hintsCookie);
     auto title = properties_.titleOf(titleCookies);
-    memory.reading = Reading{window, std::move(frame), std::move(states), hints, std::move(title)};
-    if (!memory.forgetPosted) {
-        memory.forgetPosted = true;
-        connection_.queue().post([weak = std::weak_ptr<Memory>(memory_)] {
-            if (const auto kept = weak.lock()) {
-                kept->reading.reset();
-                kept->forgetPosted = false;
-            }
-        });
-    }
-    return *memory.reading;
+    reading_ = Reading{window, std::move(frame), std::move(states), hints, std::move(title)};
+    return *reading_;
 }
 
 Expected<X11Accessibility::Resolved, AXErrorCode> X11Accessibility::resolve(

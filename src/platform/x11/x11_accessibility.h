@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 
 #include "platform/accessibility.h"
@@ -29,10 +28,12 @@ namespace corvetta {
 // trusted.
 //
 // A window's frame, states, size hints and title are read together, in one round trip, and that
-// reading serves every read of the window until an event arrives, this program asks the window
-// manager for anything, or the queue's current work ends: a key press reads the window several
-// times in a row (to place it, to check it is not full screen, before every set, to verify), and
-// within one piece of work no announcement of a change could be handed out between them anyway.
+// reading serves every read of the window until this program asks the window manager for anything
+// or an event other than input arrives: a key press reads the window several times (to place it,
+// to check it is not full screen, before every set, to verify). The window is watched from the
+// reading on, and the window manager announces every change of its frame to it (a real
+// ConfigureNotify when it resizes, a synthetic one when it only moves, as ICCCM asks), its
+// properties announce themselves; what comes from outside (the socket) synchronizes first.
 class X11Accessibility final : public AccessibilityPort {
 public:
     // How long a set waits for the window manager; it answers in about a millisecond.
@@ -62,12 +63,8 @@ private:
         std::optional<X11SizeHints> hints;
         Expected<std::string, X11Error> title;
     };
-    struct Memory {
-        std::optional<Reading> reading;
-        bool forgetPosted = false;
-    };
     const Reading& readingOf(xcb_window_t window);
-    void forgetReading() { memory_->reading.reset(); }
+    void forgetReading() { reading_.reset(); }
     struct Resolved {
         Kind kind = Kind::application;
         xcb_window_t window = XCB_WINDOW_NONE;
@@ -107,8 +104,7 @@ private:
     X11Applications& applications_;
     X11Properties properties_;
     X11WindowManagerPing ping_;
-    // Shared with the work that forgets the reading, which may run after this object is gone.
-    std::shared_ptr<Memory> memory_ = std::make_shared<Memory>();
+    std::optional<Reading> reading_;
     Registration events_;
 };
 
