@@ -56,7 +56,9 @@ using MethodTable = std::map<std::string, MethodHandler, std::less<>>;
 
 // The socket's methods: windows, displays, applications, logs, status and sync. Methods that wait
 // (for a window to move, an application to launch or a window to appear) answer later; every wait
-// is bounded. Work still waiting when this object goes away is dropped unanswered.
+// is bounded. Work still waiting when this object goes away is dropped unanswered. A method runs
+// once the desktop has caught up (Desktop::synchronize): a client that changed the desktop just
+// before asking finds its change known.
 class AutomationMethods : public MethodDispatcher {
 public:
     explicit AutomationMethods(AutomationContext context);
@@ -66,9 +68,12 @@ public:
     void dispatch(const std::string& method, const Json& params, MethodReply reply) override;
 
 private:
+    void run(const std::string& method, const Json& params, MethodReply& reply) const;
+
     // Shared so waiting work can hold it weakly and find it gone.
     std::shared_ptr<const AutomationContext> context_;
     MethodTable methods_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace corvetta
