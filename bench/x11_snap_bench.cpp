@@ -2,8 +2,9 @@
 // pressed through XTest and the clock stops once the X server has the window's outer frame where
 // the action puts it. Next to it, in the same run, the floor: a bare client that sends the same
 // _NET_MOVERESIZE_WINDOW request itself and waits for the same frame, which is what the window
-// manager and the server cost without Corvetta; and the same moves done the way a script would, by
-// `xdotool key` followed by `wmctrl -e`, timed from starting the commands to the same frame.
+// manager and the server cost without Corvetta; how long the shortcut itself takes to reach a
+// client that grabbed it; and the same moves done the way a script would, by `xdotool key`
+// followed by `wmctrl -e`, timed from starting the commands to the same frame.
 //
 //   corvetta_x11_bench [PRESSES]     (200 by default; each way, alternating left and right half)
 //
@@ -243,6 +244,41 @@ public:
         return result;
     }
 
+    // How long the shortcut, pressed the way the Corvetta phase presses it, takes to reach a
+    // client that grabbed it: the part of Corvetta's time before the program can do anything.
+    // Measured while the program is not running, on Up, which no phase moves the window with.
+    std::vector<double> measureKeyDelivery() {
+        FakeClient grabber(display_.displayName());
+        const xcb_keycode_t up = grabber.keyCode(XK_Up);
+        xcb_grab_key(grabber.raw(), 1, grabber.root(), XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_4, up,
+                     XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        grabber.sync();
+        std::vector<double> samples;
+        for (int press = 0; press < kWarmUpPresses + presses_; ++press) {
+            const auto began = Clock::now();
+            if (!probe_->pressKeys({XK_Control_L, XK_Super_L, XK_Up})) {
+                throw std::runtime_error("no key for the shortcut");
+            }
+            for (;;) {
+                const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> event(
+                    xcb_poll_for_event(grabber.raw()), &std::free);
+                if (event && (event->response_type & 0x7f) == XCB_KEY_PRESS) {
+                    break;
+                }
+                if (!event) {
+                    pollfd polled = {xcb_get_file_descriptor(grabber.raw()), POLLIN, 0};
+                    if (poll(&polled, 1, static_cast<int>(kPressDeadline.count() * 1000)) <= 0) {
+                        throw std::runtime_error("the grabbed key press never arrived");
+                    }
+                }
+            }
+            if (press >= kWarmUpPresses) {
+                samples.push_back(Milliseconds(Clock::now() - began).count());
+            }
+        }
+        return samples;
+    }
+
     // What the verification itself costs: one frame read-back, part of every sample above.
     std::vector<double> measureReadBack() {
         std::vector<double> samples;
@@ -355,6 +391,7 @@ int run(int presses) {
     SnapBench bench(presses);
     const Summary script = summarize(bench.measureScript());
     const Summary floor = summarize(bench.measureFloor());
+    const Summary keyDelivery = summarize(bench.measureKeyDelivery());
     const auto inProcess = bench.measureInProcess(0);
     const auto inProcessQuiet = bench.measureInProcess(2);
     const Summary corvetta = summarize(bench.measureCorvetta());
@@ -366,6 +403,7 @@ int run(int presses) {
     printRow("floor: _NET_MOVERESIZE_WINDOW alone", floor);
     printRow("xdotool key + wmctrl -e", script);
     printRow("(one frame read-back alone)", readBack);
+    printRow("(the shortcut reaching a grab)", keyDelivery);
     printRow("in process, logging all", summarize(inProcess.milliseconds));
     printRow("in process, warnings only", summarize(inProcessQuiet.milliseconds));
     std::printf(

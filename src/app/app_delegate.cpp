@@ -48,6 +48,8 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
 
     // Shortcut storage is settled before anything reads a combination.
     services_.shortcutStartup.run();
+    // Before shortcuts are registered: seeding moves the built-in layouts' shortcuts.
+    services_.customLayoutStore.seedDefaultsIfNeeded();
     readLaunchSettings();
     observeNotifications();
 

@@ -15,6 +15,20 @@ struct AppNotifications {
     static constexpr const char* kWorkspacesDidChange = "com.corvetta.workspacesDidChange";
 };
 
+// The notification that announces each setting whose change someone reacts to at once; the
+// others are read whenever they are needed.
+struct SettingChangeNotification {
+    const char* setting;
+    const char* notification;
+};
+inline constexpr SettingChangeNotification kSettingChangeNotifications[] = {
+    {"dragToSnapEnabled", AppNotifications::kDragToSnapEnabledChanged},
+    {"snapModifiers", AppNotifications::kSnapModifiersChanged},
+    {"avoidSystemConflicts", AppNotifications::kAvoidSystemConflictsChanged},
+    {"windowManagementEnabled", AppNotifications::kWindowManagementEnabledChanged},
+    {"hideWindowManagementMenuItems", AppNotifications::kRefreshStatusMenu},
+};
+
 // The settings read at launch and by the handlers above.
 struct AppSettings {
     static constexpr const char* kDragToSnapEnabled = "dragToSnapEnabled";

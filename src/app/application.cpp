@@ -84,6 +84,7 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
             .socketPath = options.socketPath.value_or(defaultAutomationSocketPath(paths)),
             .version = versionText(),
             .desktopDescription = desktopDescription,
+            .configFolder = paths.configFolder,
         },
         [&loop] { loop.stop(); });
     if (delegate.applicationDidFinishLaunching() == AppDelegate::LaunchResult::alreadyRunning) {

@@ -1,9 +1,18 @@
 #include "app/service_root.h"
 
+#include "app/app_notifications.h"
 #include "automation/automation_methods.h"
 #include "automation/mcp_bridge_service.h"
+#include "foundation/paths.h"
+#include "platform/sim/simulated_desktop.h"
 
 namespace corvetta {
+
+namespace {
+std::filesystem::path configFolderOf(const ProcessPlumbing& plumbing) {
+    return plumbing.configFolder.value_or(Paths::resolve(processEnvironment()).configFolder);
+}
+}  // namespace
 
 ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
     : plumbing(p),
@@ -27,8 +36,19 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       shortcutStartup(p.defaults, shortcutManager, hotKeyStore, keyboardShortcuts, p.logging),
       shortcutService(shortcutBridge, hotKeyStore, windowSnappingService, p.defaults, p.logging,
                       callbacks.quit),
+      customLayoutStore(p.defaults, shortcutBridge, p.notifications, p.queue.clock(),
+                        configFolderOf(p), p.logging),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      workspaceService(p.defaults, p.notifications, p.queue.clock(), p.logging, configFolderOf(p)),
+      spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
+                   configFolderOf(p),
+                   [this](const Uuid& spaceId) { customLayoutStore.moveLayoutsToGlobal(spaceId); }),
+      importExport(workspaceService, spaceManager, customLayoutStore, p.defaults, hotKeyStore,
+                   p.logging, p.queue.clock(),
+                   [this](const std::vector<std::string>& keys) { announceSettingChanges(keys); }),
+      displayStability(p.queue.clock(), p.logging),
+      displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;
@@ -48,13 +68,28 @@ AutomationContext ServiceRoot::automationContext() {
         .screenDetection = screenDetection,
         .snappingService = windowSnappingService,
         .windowMover = windowMover,
+        .layoutStore = customLayoutStore,
+        .workspaceService = workspaceService,
+        .spaceManager = spaceManager,
+        .importExport = importExport,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,
         .desktopDescription = plumbing.desktopDescription,
         .statusMessage = callbacks.statusMessage,
         .shortcutsNotRegistered = callbacks.shortcutsNotRegistered,
+        .simulatedDesktop = dynamic_cast<SimulatedDesktop*>(&plumbing.desktop),
     };
+}
+
+void ServiceRoot::announceSettingChanges(const std::vector<std::string>& keys) {
+    for (const auto& key : keys) {
+        for (const auto& row : kSettingChangeNotifications) {
+            if (key == row.setting) {
+                plumbing.notifications.post(row.notification);
+            }
+        }
+    }
 }
 
 }  // namespace corvetta

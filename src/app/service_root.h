@@ -16,6 +16,8 @@
 #include "foundation/main_queue.h"
 #include "foundation/notification_center.h"
 #include "foundation/preferences.h"
+#include "import_export/workspace_import_export_service.h"
+#include "layouts/custom_layout_store.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -29,6 +31,10 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/display_arrangement_stability_service.h"
+#include "workspaces/display_change_monitor_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -50,6 +56,9 @@ struct ProcessPlumbing {
     // For status queries: "corvetta 0.1.0" and what the desktop is.
     std::string version{};
     std::string desktopDescription{};
+    // Where the program's own files go (workspace backup, spaces, quarantine files); without one,
+    // the config folder HOME and the XDG variables name.
+    std::optional<std::filesystem::path> configFolder{};
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -69,7 +78,8 @@ struct ServiceCallbacks {
 // The one place the long-lived services are built: each is a member, constructed from the
 // plumbing and the members declared before it, and destroyed in reverse order, so no service
 // outlives what it holds a reference to. Nothing is replaced at run time. Building has no effect
-// outside the process (no key grabbed, no socket bound, no setting written): starting things is
+// outside the process beyond loading the stores (no key grabbed, no socket bound; the stores may
+// record their one-time migrations and keep damaged data aside): starting things is
 // the launch's job, in the order it chooses. Adding a service is one member and one line in the
 // constructor. Main thread only.
 class ServiceRoot {
@@ -81,6 +91,8 @@ public:
 
     // What the automation methods work with.
     AutomationContext automationContext();
+    // Tells whoever reacts to a setting that an import changed it.
+    void announceSettingChanges(const std::vector<std::string>& keys);
 
     // The socket server, created on its first use (the launch asks for it before anything else,
     // so a second copy can leave before it touches anything); none without a socket path.
@@ -106,7 +118,19 @@ public:
     ShortcutStartup shortcutStartup;
     ShortcutService shortcutService;
 
+    // The user's layout templates.
+    CustomLayoutStore customLayoutStore;
+
     PermissionManager permissionManager;
+
+    // What the user keeps: workspaces and the spaces that group them.
+    WorkspaceService workspaceService;
+    SpaceManager spaceManager;
+    // The whole set-up to one file and back.
+    WorkspaceImportExportService importExport;
+    // The display arrangement: the current one, and how it changed from a saved one.
+    DisplayArrangementStabilityService displayStability;
+    DisplayChangeMonitorService displayChangeMonitor;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

@@ -13,10 +13,26 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addWindowMethods(methods_, context_);
     addApplicationMethods(methods_, context_);
     addNewWindowMethods(methods_, context_);
+    addLayoutMethods(methods_, context_);
     addStatusMethods(methods_, context_);
+    addSimulationMethods(methods_, context_);
+    addWorkspaceMethods(methods_, context_);
+    addSetupMethods(methods_, context_);
 }
 
 void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {
+    // The desktop's backend keeps what it read until the desktop announces a change, and the
+    // announcement of a change the client just made may not have been read yet.
+    context_->desktop.synchronize([this, alive = std::weak_ptr<bool>(alive_), method, params,
+                                   reply = std::move(reply)]() mutable {
+        if (alive.lock()) {
+            run(method, params, reply);
+        }
+    });
+}
+
+void AutomationMethods::run(const std::string& method, const Json& params,
+                            MethodReply& reply) const {
     // A method throws only before it hands the reply on, so an error is answered once.
     const auto answerError = [&reply](std::string text) {
         if (reply) {

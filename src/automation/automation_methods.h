@@ -12,12 +12,18 @@
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/main_queue.h"
+#include "import_export/workspace_import_export_service.h"
+#include "layouts/custom_layout_store.h"
 #include "platform/desktop.h"
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
+
+class SimulatedDesktop;
 
 // What the socket's methods act on and report.
 struct AutomationContext {
@@ -26,6 +32,10 @@ struct AutomationContext {
     ScreenDetectionService& screenDetection;
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
+    CustomLayoutStore& layoutStore;
+    WorkspaceService& workspaceService;
+    SpaceManager& spaceManager;
+    WorkspaceImportExportService& importExport;
     Logbook& logbook;
     LoggingService& logging;
     // "Corvetta 0.1.0".
@@ -36,6 +46,8 @@ struct AutomationContext {
     std::function<std::string()> statusMessage;
     // The shortcuts the system refused, as name and combination label ("leftHalf", "⌃⌥←").
     std::function<std::vector<std::pair<std::string, std::string>>()> shortcutsNotRegistered;
+    // The same desktop when it is the simulated one, which "simulate" changes; none elsewhere.
+    SimulatedDesktop* simulatedDesktop = nullptr;
 };
 
 class MethodParams;
@@ -46,7 +58,9 @@ using MethodTable = std::map<std::string, MethodHandler, std::less<>>;
 
 // The socket's methods: windows, displays, applications, logs, status and sync. Methods that wait
 // (for a window to move, an application to launch or a window to appear) answer later; every wait
-// is bounded. Work still waiting when this object goes away is dropped unanswered.
+// is bounded. Work still waiting when this object goes away is dropped unanswered. A method runs
+// once the desktop has caught up (Desktop::synchronize): a client that changed the desktop just
+// before asking finds its change known.
 class AutomationMethods : public MethodDispatcher {
 public:
     explicit AutomationMethods(AutomationContext context);
@@ -56,9 +70,12 @@ public:
     void dispatch(const std::string& method, const Json& params, MethodReply reply) override;
 
 private:
+    void run(const std::string& method, const Json& params, MethodReply& reply) const;
+
     // Shared so waiting work can hold it weakly and find it gone.
     std::shared_ptr<const AutomationContext> context_;
     MethodTable methods_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace corvetta

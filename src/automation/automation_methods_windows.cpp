@@ -8,6 +8,8 @@
 #include "automation/method_support.h"
 #include "windowing/window_action_rows.h"
 #include "windowing/window_direction.h"
+#include "workspaces/display_arrangement_capture.h"
+#include "workspaces/display_key.h"
 
 namespace corvetta {
 
@@ -103,7 +105,7 @@ Json listDisplays(const AutomationContext& context) {
     for (std::size_t i = 0; i < screens.size(); ++i) {
         const Screen& screen = screens[i];
         displays.push_back(
-            Json{{"stableID", std::to_string(screen.number)},
+            Json{{"stableID", displayKey(displayFingerprint(screen, screens.front()))},
                  {"name", screen.localizedName},
                  {"isBuiltIn", screen.isBuiltIn},
                  {"resolution",

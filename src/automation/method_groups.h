@@ -20,8 +20,17 @@ void addWindowMethods(MethodTable& table, const SharedContext& context);
 void addApplicationMethods(MethodTable& table, const SharedContext& context);
 // open_new_window, discover_new_window_shortcut.
 void addNewWindowMethods(MethodTable& table, const SharedContext& context);
+// list_layouts, save_layout.
+void addLayoutMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
+// simulate, on the simulated desktop only.
+void addSimulationMethods(MethodTable& table, const SharedContext& context);
+// list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
+// create_space, delete_space, activate_space.
+void addWorkspaceMethods(MethodTable& table, const SharedContext& context);
+// export_setup, import_preview, import_setup.
+void addSetupMethods(MethodTable& table, const SharedContext& context);
 
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {

@@ -19,6 +19,8 @@ public:
     explicit MethodParams(const Json& params);
 
     const Json* find(std::string_view name) const;
+    // The params as sent, for methods that refuse names they do not know.
+    const Json& raw() const { return params_; }
     std::string requiredText(std::string_view name) const;
     std::optional<std::string> optionalText(std::string_view name) const;
     // A whole number from 0.

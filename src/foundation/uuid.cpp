@@ -12,6 +12,12 @@ Uuid Uuid::random() {
     return Uuid(bytes);
 }
 
+Uuid Uuid::nameBased(const Uuid& space, std::string_view name) {
+    Bytes bytes;
+    uuid_generate_sha1(bytes.data(), space.bytes().data(), name.data(), name.size());
+    return Uuid(bytes);
+}
+
 std::optional<Uuid> Uuid::parse(std::string_view text) {
     // libuuid wants a terminated string of exactly 36 characters; check the length first so a
     // longer text with a valid prefix is refused.

@@ -23,6 +23,9 @@ public:
 
     // A fresh random (version 4) identifier.
     static Uuid random();
+    // The name-based (version 5, SHA-1) identifier of `name` within `space`: the same on every
+    // run and machine, so a record can be recognised by what it names.
+    static Uuid nameBased(const Uuid& space, std::string_view name);
     // Accepts the 8-4-4-4-12 form in either case; anything else has no value.
     static std::optional<Uuid> parse(std::string_view text);
 

@@ -1,4 +1,5 @@
-// import_export_errors.h: What can go wrong writing or reading a set-up file, with the texts people see.
+// import_export_errors.h: What can go wrong writing or reading a set-up file, with the texts people
+// see.
 #pragma once
 
 #include <string>

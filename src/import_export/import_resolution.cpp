@@ -81,7 +81,8 @@ public:
     }
 
 private:
-    std::string uniqueName(const char* kind, const std::string& name, std::set<std::string>& taken) {
+    std::string uniqueName(const char* kind, const std::string& name,
+                           std::set<std::string>& taken) {
         if (taken.insert(name).second) {
             return name;
         }
@@ -139,8 +140,7 @@ private:
         }
         for (const auto& [key, raw] : *workspace.appDeeplinks) {
             const auto entry = deeplinkEntry(key, raw);
-            if (entry &&
-                classifyDeeplink(entry->bundleID, raw) == DeeplinkKind::terminalCommand) {
+            if (entry && classifyDeeplink(entry->bundleID, raw) == DeeplinkKind::terminalCommand) {
                 return true;
             }
         }

@@ -1,4 +1,5 @@
-// import_resolution.h: Turns what a set-up file holds into what importing it adds, without overwriting anything.
+// import_resolution.h: Turns what a set-up file holds into what importing it adds, without
+// overwriting anything.
 #pragma once
 
 #include <functional>

@@ -44,9 +44,9 @@ ImportResult decodeExport(const Json& document) {
     ImportResult result;
     result.version = reader.get<std::string>("version");
     result.exportDate = reader.get<Date>("exportDate");
-    result.workspaces = decodeArray(reader, "workspaces", [](const Json& value, const std::string& path) {
-        return workspaceFromJson(value, path);
-    });
+    result.workspaces = decodeArray(
+        reader, "workspaces",
+        [](const Json& value, const std::string& path) { return workspaceFromJson(value, path); });
     result.spaces = decodeArray(reader, "spaces", [](const Json& value, const std::string& path) {
         return workspaceSpaceFromJson(value, path);
     });
@@ -92,7 +92,8 @@ Expected<ImportResult, ImportError> decodeSetupFile(std::string_view text) {
         if (document->is_array()) {
             return decodeLegacy(*document);
         }
-        if (document->is_object() && (document->contains("workspaces") || document->contains("version"))) {
+        if (document->is_object() &&
+            (document->contains("workspaces") || document->contains("version"))) {
             return decodeExport(*document);
         }
     } catch (const JsonDecodeError& error) {

@@ -1,4 +1,5 @@
-// setup_file.h: The set-up file's bytes: writing an export, and reading an export or an old bare list.
+// setup_file.h: The set-up file's bytes: writing an export, and reading an export or an old bare
+// list.
 #pragma once
 
 #include <string>

@@ -53,8 +53,8 @@ Expected<std::filesystem::path, ExportError> WorkspaceImportExportService::expor
                 counts(data.workspaces.size(), data.spaces.size(), data.customLayouts.size()));
 
     std::error_code ignored;
-    const auto file = std::filesystem::is_directory(target, ignored) ? target / proposedFileName()
-                                                                      : target;
+    const auto file =
+        std::filesystem::is_directory(target, ignored) ? target / proposedFileName() : target;
     if (const auto written = writeFileAtomically(file, encodeSetupFile(data)); !written) {
         ExportError error{ExportError::Kind::encodingFailed, written.error().description()};
         logger.error("Failed to export: " + error.description());
@@ -68,10 +68,10 @@ Expected<ImportResult, ImportError> WorkspaceImportExportService::readImport(
     const std::filesystem::path& file) {
     const auto text = readFile(file);
     if (!text) {
-        ImportError error = text.error().isMissing()
-                                ? ImportError{ImportError::Kind::fileNotFound, {}}
-                                : ImportError{ImportError::Kind::decodingFailed,
-                                              text.error().description()};
+        ImportError error =
+            text.error().isMissing()
+                ? ImportError{ImportError::Kind::fileNotFound, {}}
+                : ImportError{ImportError::Kind::decodingFailed, text.error().description()};
         logger.error("Import failed: " + error.description());
         return unexpected(error);
     }
@@ -89,8 +89,11 @@ Expected<ImportResult, ImportError> WorkspaceImportExportService::readImport(
 }
 
 ResolvedImport WorkspaceImportExportService::resolve(const ImportResult& file) {
-    const auto resolved = resolveImport(
-        file, CurrentSetup{workspaces_.workspaces(), spaces_.spaces(), layouts_.layouts()});
+    // The global space counts as a space of the store, so no imported space takes its name.
+    auto spaces = spaces_.spaces();
+    spaces.push_back(spaces_.globalSpace());
+    const auto resolved =
+        resolveImport(file, CurrentSetup{workspaces_.workspaces(), spaces, layouts_.layouts()});
     logger.info("Resolved import: " + std::to_string(resolved.workspacesToAdd.size()) +
                 " workspaces, " + std::to_string(resolved.layoutsToAdd.size()) + " layouts, " +
                 std::to_string(resolved.spacesToCreate.size()) + " new spaces, " +
@@ -114,8 +117,8 @@ AppliedImport WorkspaceImportExportService::apply(const ResolvedImport& resolved
             settingsChanged_(applied.settings.changedKeys);
         }
     }
-    logger.info("Imported " + counts(resolved.workspacesToAdd.size(), resolved.spacesToCreate.size(),
-                                     resolved.layoutsToAdd.size()));
+    logger.info("Imported " + counts(resolved.workspacesToAdd.size(),
+                                     resolved.spacesToCreate.size(), resolved.layoutsToAdd.size()));
     return applied;
 }
 

@@ -1,4 +1,5 @@
-// workspace_import_export_service.h: Writes the whole set-up to one file and merges such a file back in.
+// workspace_import_export_service.h: Writes the whole set-up to one file and merges such a file
+// back in.
 #pragma once
 
 #include <filesystem>

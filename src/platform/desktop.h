@@ -11,6 +11,7 @@
 #include "platform/input_events.h"
 #include "platform/pointer.h"
 #include "platform/screen.h"
+#include "platform/sleep_wake.h"
 #include "platform/window_list.h"
 
 namespace corvetta {
@@ -31,6 +32,7 @@ public:
     virtual EventMonitorPort& eventMonitorPort() = 0;
     virtual AlertPort& alertPort() = 0;
     virtual HotKeyPort& hotKeyPort() = 0;
+    virtual SleepWakePort& sleepWakePort() = 0;
 
     // Calls `done` on the main queue once the backend has caught up with every request made
     // before this call (an X server has processed them) and the work already queued has run, so

@@ -16,6 +16,21 @@ namespace corvetta {
 // across reads, since frames change when the user rearranges displays.
 using ScreenNumber = std::uint32_t;
 
+// What a display tells about itself beyond its geometry, as CoreGraphics and the I/O registry
+// report it (CGDisplayCreateUUIDFromDisplayID, CGDisplaySerialNumber, the registry's EDID,
+// CGDisplayScreenSize, CGDisplayCopyColorSpace). Whatever the platform does not know is absent.
+struct DisplayIdentity {
+    std::optional<std::string> persistentUUID{};
+    std::optional<std::string> serial{};
+    // The raw EDID bytes; empty when the display gives none.
+    std::vector<std::uint8_t> edid{};
+    // Millimetres.
+    std::optional<Size> physicalSize{};
+    std::optional<std::string> colorSpace{};
+
+    bool operator==(const DisplayIdentity&) const = default;
+};
+
 // One display as the platform reports it. Frames are in screen space (origin at the bottom-left
 // of the primary display, y upward).
 struct Screen {
@@ -29,6 +44,7 @@ struct Screen {
     std::string localizedName;
     // A laptop's own panel, as the display's vendor information tells.
     bool isBuiltIn = false;
+    DisplayIdentity identity{};
 
     // Same display, whatever its geometry now.
     bool isSameScreen(const Screen& other) const { return number == other.number; }

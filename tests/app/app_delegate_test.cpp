@@ -103,6 +103,8 @@ TEST_F(AppDelegateTest, FreshStartWritesDefaultsAndRegistersTheWindowActions) {
     ASSERT_TRUE(defaults->synchronize());
     const auto written = JsonFilePreferences(preferencesFile, clock).snapshot();
     EXPECT_EQ(written.at("dragToSnapEnabled").toBool(), true);
+    // The built-in layout templates are seeded at launch.
+    EXPECT_EQ(written.at(CustomLayoutStore::kSeededKey).toBool(), true);
 }
 
 TEST_F(AppDelegateTest, ExistingSettingsAreKeptAndDisabledWindowManagementRegistersOnlyQuit) {

@@ -190,5 +190,42 @@ TEST(Process, AnswersAutomationRequestsAndLeavesALiveSocketToItsOwner) {
     EXPECT_EQ(ctl({"get_status"}).code, 2);
 }
 
+// Black-box: the whole program on a simulated desktop, changed from outside while it runs, sees
+// each change as it would see the system's.
+TEST(Process, SimulateChangesTheDesktopTheRunningProgramSees) {
+    testing::TemporaryFolder root;
+    testing::writeTestFile(root / "desk.json",
+                           R"({"displays": [{"id": 1, "frame": [0, 0, 1440, 900]}],
+        "applications": [{"pid": 101, "name": "Editor", "bundleIdentifier": "com.example.editor",
+                          "windows": [{"number": 11, "frame": [100, 100, 800, 600]}]}],
+        "installed": [{"pid": 201, "name": "Browser", "bundleIdentifier": "com.example.browser",
+                       "windows": [{"number": 21, "frame": [0, 0, 300, 300]}]}],
+        "frontmost": 101})");
+    const auto socket = (root / "corvetta.sock").string();
+    RunningProcess server =
+        start(root, {"--desktop=sim:" + (root / "desk.json").string(), "--socket", socket});
+    ASSERT_TRUE(server.waitForError(versionText() + " ready")) << server.errors();
+    const auto ctl = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--socket", socket});
+        const auto finished = run(root, std::move(arguments), CORVETTA_CTL_BINARY);
+        EXPECT_EQ(finished.code, 0) << finished.err;
+        return finished.out;
+    };
+
+    EXPECT_EQ(ctl({"simulate", R"(displays=[{"id": 2, "frame": [0, 0, 1000, 800]}])", "sleep=true",
+                   R"(userFrame={"window": 11, "frame": [10, 20, 300, 200]})",
+                   "launch=com.example.browser"}),
+              "{}\n");
+    EXPECT_THAT(ctl({"list_windows"}),
+                HasSubstr(R"("frame":{"x":10.0,"y":20.0,"width":300.0,"height":200.0})"));
+    // The launched browser came to the front, so a snap now moves its window, on the new display.
+    EXPECT_EQ(ctl({"perform_action", "action=leftHalf"}), "{\"action\":\"leftHalf\"}\n");
+    EXPECT_THAT(ctl({"get_frontmost_window"}),
+                HasSubstr(R"("frame":{"x":0.0,"y":0.0,"width":500.0,"height":800.0})"));
+
+    server.signal(SIGTERM);
+    EXPECT_EQ(server.waitForExit(), 0) << server.errors();
+}
+
 }  // namespace
 }  // namespace corvetta

@@ -28,7 +28,13 @@ protected:
     static SimulatedDesktopSetup setup() {
         SimulatedDesktopSetup s;
         s.displays = {{1, "Built-in", {0, 0, 1440, 900}, {0, 0, 1440, 875}, 2, true},
-                      {2, "External", {1440, 0, 1920, 1080}, {1440, 0, 1920, 1080}, 1, false}};
+                      {2,
+                       "External",
+                       {1440, 0, 1920, 1080},
+                       {1440, 0, 1920, 1080},
+                       1,
+                       false,
+                       DisplayIdentity{"E621E1F8-C36C-495A-93FC-0C247A3E6E5F"}}};
         const auto app = [](ProcessId pid, const std::string& name,
                             std::vector<SimulatedWindow> windows) {
             return SimulatedApplication{.pid = pid,

@@ -29,8 +29,11 @@ TEST_F(AutomationMethodsTest, ReadingMethodsDescribeTheDesktop) {
     EXPECT_EQ(displays["displays"][0]["mainDisplay"], true);
     EXPECT_EQ(displays["displays"][0]["isBuiltIn"], true);
     EXPECT_EQ(displays["displays"][0]["visibleFrame"], frame(0, 25, 1440, 875));
+    // Display keys: the panel reports no identity, so its place names it.
+    EXPECT_EQ(displays["displays"][0]["stableID"],
+              "1440x900_2.0_builtin_built-in_smart_1440x900_0_0");
     const Json& external = displays["displays"][1];
-    EXPECT_EQ(external["stableID"], "2");
+    EXPECT_EQ(external["stableID"], "1920x1080_1.0_external_external_uuid_E621E1F8");
     EXPECT_EQ(external["name"], "External");
     EXPECT_EQ(external["mainDisplay"], false);
     EXPECT_EQ(external["isBuiltIn"], false);
@@ -67,7 +70,7 @@ TEST_F(AutomationMethodsTest, BadRequestsAreAnsweredWithTheirError) {
         const char* error;
     };
     const std::vector<Row> rows = {
-        {"list_spaces", "{}", "Unknown method: list_spaces"},
+        {"no_such_method", "{}", "Unknown method: no_such_method"},
         {"snap_window", "{}", "Missing required param: position"},
         {"snap_window", R"({"position": null})", "Missing required param: position"},
         {"snap_window", R"({"position": "topThird"})", "Invalid position: topThird"},

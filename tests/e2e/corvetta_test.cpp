@@ -82,6 +82,9 @@ TEST_F(CorvettaOnX11, HalvesThirdsQuartersAndMaximizeLandWhereTheyShould) {
         startDesktop({{0, 0, 1280, 800}}, manager);
         startCorvetta();
         EXPECT_THAT(request("get_status"), HasSubstr(R"("shortcutsNotRegistered":[])"));
+        // Only a simulated desktop can be changed from outside.
+        EXPECT_THAT(request("simulate", R"({"sleep":true})"),
+                    HasSubstr(R"("error":{"message":"Unknown method: simulate"})"));
         for (const auto through : {Through::hotKey, Through::socket}) {
             // How a request reaches the program does not depend on the window manager.
             if (through == Through::socket && manager != WindowManager::openbox) {

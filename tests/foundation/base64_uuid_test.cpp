@@ -34,6 +34,15 @@ TEST(Uuid, TextFormIsCanonicalUpperCaseReadInEitherCase) {
     EXPECT_EQ(Uuid().string(), "00000000-0000-0000-0000-000000000000");
 }
 
+TEST(Uuid, NameBasedIdentifiersFollowVersionFive) {
+    // The RFC's DNS namespace and a name whose version 5 identifier is published.
+    const auto dns = Uuid::parse("6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+    ASSERT_TRUE(dns);
+    EXPECT_EQ(Uuid::nameBased(*dns, "www.example.com").string(),
+              "2ED6657D-E927-568B-95E1-2665A8AEA6A2");
+    EXPECT_NE(Uuid::nameBased(*dns, "www.example.org"), Uuid::nameBased(*dns, "www.example.com"));
+}
+
 TEST(Uuid, RefusesMalformedText) {
     for (const char* bad :
          {"", "E621E1F8C36C495A93FC0C247A3E6E5F", "E621E1F8-C36C-495A-93FC-0C247A3E6E5",

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "foundation/clock.h"
+#include "import_export/exported_settings_json.h"
 #include "shortcuts/hot_key_store.h"
 #include "support/test_logging.h"
-#include "import_export/exported_settings_json.h"
 
 namespace corvetta {
 namespace {

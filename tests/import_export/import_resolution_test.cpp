@@ -45,7 +45,8 @@ CustomLayoutTemplate layout(const char* name, Uuid layoutId) {
 
 TEST(ImportResolution, RenamesRenumbersAndFollowsSpaceReferences) {
     // The store: workspace "Morning" (id 1, Control-1) and space "Work" (id 9).
-    const std::vector<Workspace> workspaces = {withShortcut(workspace("Morning", id(1)), 18, 0x40000)};
+    const std::vector<Workspace> workspaces = {
+        withShortcut(workspace("Morning", id(1)), 18, 0x40000)};
     const std::vector<WorkspaceSpace> spaces = {WorkspaceSpace{id(9), "Work", {}, {}, {}}};
     const std::vector<CustomLayoutTemplate> layouts;
 
@@ -119,7 +120,8 @@ TEST(ImportResolution, NamesWithinTheFileAndBuiltInCopiesStayDistinct) {
     const std::vector<CustomLayoutTemplate> layouts = {halves};
 
     ImportResult file;
-    file.workspaces = {workspace("Same", id(3)), workspace("Same", id(4)), workspace("same", id(5))};
+    file.workspaces = {workspace("Same", id(3)), workspace("Same", id(4)),
+                       workspace("same", id(5))};
     auto importedHalves = layout("Halves", id(6));
     importedHalves.defaultTemplateKey = "halves";
     auto importedThirds = layout("Thirds", id(7));

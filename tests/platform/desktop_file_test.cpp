@@ -4,6 +4,7 @@
 #include "foundation/manual_queue.h"
 #include "platform/sim/simulated_desktop.h"
 #include "platform/sim/simulated_desktop_file.h"
+#include "support/sample_edid.h"
 #include "support/temporary_folder.h"
 
 namespace corvetta {
@@ -48,6 +49,37 @@ TEST(DesktopFileTest, TheDocumentedExampleLoadsWithItsDefaults) {
     EXPECT_EQ(defaults->displays[0].name, "Display 4");
     EXPECT_EQ(defaults->displays[0].visibleFrame, Rect(0, 0, 800, 600));
     EXPECT_EQ(defaults->displays[0].scale, 1);
+}
+
+TEST(DesktopFileTest, DisplayIdentityComesFromTheFileElseFromTheEdid) {
+    struct Row {
+        std::string keys;
+        const char* name;
+        DisplayIdentity identity;
+    };
+    const std::string edid = R"("edid": ")" + testing::kSampleEdidHex + R"(")";
+    const auto sample = testing::sampleEdid();
+    // clang-format off
+    const std::vector<Row> rows = {
+        {"{}", "Display 1", {}},
+        {"{" + edid + "}", "DELL U2415",
+         {"3E032273-F3BF-5457-A5D3-2F2BED4A0A2E", "842550092", sample}},
+        {R"({"name": "Left", "uuid": "e621e1f8-c36c-495a-93fc-0c247a3e6e5f", "serial": "S1", )"
+         R"("physicalSize": [520, 320], "colorSpace": "sRGB", )" + edid + "}", "Left",
+         {"E621E1F8-C36C-495A-93FC-0C247A3E6E5F", "S1", sample, Size{520, 320}, "sRGB"}},
+        // Bytes that are no EDID are kept, as a display sends them, and tell nothing.
+        {R"({"edid": "00ff"})", "Display 1", {{}, {}, {0x00, 0xff}}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        auto document = example();
+        document["displays"][0] = Json{{"id", 1}, {"frame", {0, 0, 800, 600}}};
+        document["displays"][0].merge_patch(Json::parse(row.keys));
+        const auto setup = parseSimulatedDesktop(document.dump());
+        ASSERT_TRUE(setup.has_value()) << setup.error().message();
+        EXPECT_EQ(setup->displays[0].name, row.name) << row.keys;
+        EXPECT_TRUE(setup->displays[0].identity == row.identity) << row.keys;
+    }
 }
 
 TEST(DesktopFileTest, EveryExtensionIsRead) {
@@ -107,6 +139,12 @@ TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
          "must lie inside the frame"},
         {"/displays/-", R"({"id": 1, "frame": [1440, 0, 800, 600]})", "displays[1].id",
          "duplicate display id 1"},
+        {"/displays/0/uuid", R"("E621E1F8")", "displays[0].uuid", "expected a UUID"},
+        {"/displays/0/edid", R"("00fg")", "displays[0].edid", "expected hexadecimal bytes"},
+        {"/displays/0/edid", R"("00f")", "displays[0].edid", "expected hexadecimal bytes"},
+        {"/displays/0/physicalSize", "[0, 300]", "displays[0].physicalSize",
+         "width and height must be positive"},
+        {"/displays/0/colorSpace", "1", "displays[0].colorSpace", "expected a string"},
         {"/applications/-", R"({"pid": 101, "name": "Terminal"})", "applications[1].pid",
          "duplicate pid 101"},
         {"/applications/-",

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "desktop_fixture.h"
+#include "support/temporary_folder.h"
 #include "windowing/window_snapping_service.h"
 
 namespace corvetta::testing_support {
@@ -18,11 +19,14 @@ struct SnappingRig {
                 NotificationCenter& notifications, Logbook& logbook, LoggingService& logging,
                 ServiceCallbacks callbacks)
         : sim(std::move(setup), queue),
-          services(ProcessPlumbing{sim, queue, defaults, notifications, logbook, logging,
-                                   std::nullopt, "Corvetta 0.1.0", "simulated desktop test.json"},
-                   std::move(callbacks)),
+          services(
+              ProcessPlumbing{sim, queue, defaults, notifications, logbook, logging, std::nullopt,
+                              "Corvetta 0.1.0", "simulated desktop test.json", files.path()},
+              std::move(callbacks)),
           service(services.windowSnappingService) {}
 
+    // The workspace backup and spaces of this rig alone.
+    corvetta::testing::TemporaryFolder files;
     SimulatedDesktop sim;
     ServiceRoot services;
     WindowSnappingService& service;

@@ -111,8 +111,8 @@ TEST_F(WindowSnappingServiceTest, EveryActionSnapsLessTheGapAndOnlyBottomOnesAre
                       (bottomAligned.contains(c) ? "true" : "false"));
         EXPECT_EQ(messages().back(), "Snapped \"Notes\" to " + action.description() + " on " +
                                          screen(0).description());
+        EXPECT_THAT(messages(), Contains("Snapping frontmost window to " + action.description()));
     }
-    EXPECT_THAT(messages(), Contains("Snapping frontmost window to leftHalf"));
 }
 
 TEST_F(WindowSnappingServiceTest, RepeatedHalfPressFollowsTheMode) {

@@ -66,10 +66,13 @@ TEST_F(X11ApplicationsTest, WindowListGoesFrontToBackWithFramesInAccessibilitySp
     const auto terminalEntry = std::ranges::find(entries, terminal, &WindowListEntry::number);
     EXPECT_EQ(terminalEntry->title, "shell") << "WM_NAME when there is no _NET_WM_NAME";
 
-    // Minimized windows are not on screen.
+    // Minimized windows are not on screen, and their application is hidden once the window
+    // announces it.
+    EXPECT_FALSE(applications.runningApplication(kTerminal)->isHidden);
     ASSERT_TRUE(applications.hide(static_cast<ProcessId>(kTerminal)));
     ASSERT_TRUE(fixture.runUntil([&] { return windowList.onScreenWindows().size() == 2; }));
-    EXPECT_TRUE(applications.runningApplication(kTerminal)->isHidden);
+    EXPECT_TRUE(
+        fixture.runUntil([&] { return applications.runningApplication(kTerminal)->isHidden; }));
 }
 
 TEST_F(X11ApplicationsTest, GroupsWindowsByProcessWithBundleIdentifiers) {
@@ -83,6 +86,13 @@ TEST_F(X11ApplicationsTest, GroupsWindowsByProcessWithBundleIdentifiers) {
     EXPECT_EQ(find(kEditor).localizedName, "Editor");
     EXPECT_EQ(find(kTerminal).bundleIdentifier, "org.example.Terminal") << "the desktop entry";
     EXPECT_EQ(applications.windowsOf(kEditor).size(), 2u);
+    // The client list is read again only once the window manager announces a change of it.
+    const auto before = fixture.connection().roundTrips();
+    EXPECT_EQ(applications.windowsOf(kEditor).size(), 2u);
+    EXPECT_EQ(fixture.connection().roundTrips(), before);
+    fixture.client().createClientWindow(600, 100, 300, 200, kEditor, "Editor", "third");
+    fixture.client().sync();
+    EXPECT_TRUE(fixture.runUntil([&] { return applications.windowsOf(kEditor).size() == 3; }));
     EXPECT_FALSE(applications.runningApplication(999).has_value());
     EXPECT_FALSE(applications.activate(999));
     EXPECT_FALSE(applications.hide(999));

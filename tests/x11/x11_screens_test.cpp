@@ -1,7 +1,9 @@
 #include "platform/x11/x11_screens.h"
 
 #include <gtest/gtest.h>
+#include <xcb/randr.h>
 
+#include "support/sample_edid.h"
 #include "x11_test_support.h"
 
 namespace corvetta {
@@ -93,6 +95,52 @@ TEST_F(X11ScreensTest, VisibleFramesLeaveOutStrutsOnTheMonitorTheyTouch) {
     fixture.catchUp();
     EXPECT_EQ(announcements, 2);
     EXPECT_EQ(screens.screens()[0].visibleFrame, Rect(0, 48, 1280, 752));
+}
+
+TEST_F(X11ScreensTest, IdentityComesFromTheOutputsEdid) {
+    const auto before = screens.screens();
+    for (const auto& screen : before) {
+        EXPECT_TRUE(screen.identity.edid.empty());
+        EXPECT_FALSE(screen.identity.persistentUUID || screen.identity.serial);
+        EXPECT_FALSE(screen.identity.colorSpace);
+        EXPECT_FALSE(screen.isBuiltIn);
+    }
+    ASSERT_TRUE(before[1].identity.physicalSize);
+    int announcements = 0;
+    auto registration = screens.observeScreenParameters([&] { ++announcements; });
+
+    // Xvfb lets a client give its one output ("screen", under the first monitor) an EDID, as a
+    // driver does when a display is plugged in.
+    auto& client = fixture.client();
+    auto* resources = xcb_randr_get_screen_resources_reply(
+        client.raw(), xcb_randr_get_screen_resources(client.raw(), client.root()), nullptr);
+    ASSERT_TRUE(resources && resources->num_outputs > 0);
+    const auto output = xcb_randr_get_screen_resources_outputs(resources)[0];
+    std::free(resources);
+    const auto edid = testing::sampleEdid();
+    xcb_randr_change_output_property(client.raw(), output, client.atom("EDID"), XCB_ATOM_INTEGER, 8,
+                                     XCB_PROP_MODE_REPLACE, static_cast<std::uint32_t>(edid.size()),
+                                     edid.data());
+    xcb_flush(client.raw());
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 1);
+
+    const auto after = screens.screens();
+    EXPECT_EQ(after[0].localizedName, "DELL U2415");
+    EXPECT_EQ(after[0].identity.edid, edid);
+    EXPECT_EQ(after[0].identity.serial, "842550092");
+    EXPECT_EQ(after[0].identity.persistentUUID, "3E032273-F3BF-5457-A5D3-2F2BED4A0A2E");
+    EXPECT_TRUE(after[0].isSameScreen(before[0]));
+    // The monitor on no output has no EDID and keeps the name it was given.
+    EXPECT_EQ(after[1], before[1]);
+
+    const xcb_atom_t panel = client.atom("Panel");
+    xcb_randr_change_output_property(client.raw(), output, client.atom("ConnectorType"),
+                                     XCB_ATOM_ATOM, 32, XCB_PROP_MODE_REPLACE, 1, &panel);
+    xcb_flush(client.raw());
+    fixture.catchUp();
+    EXPECT_EQ(announcements, 2);
+    EXPECT_TRUE(screens.screens()[0].isBuiltIn);
 }
 
 TEST(X11ScreensSingleMonitorTest, VisibleFrameFollowsTheWorkArea) {

@@ -29,8 +29,28 @@ constexpr MethodHelp kMethods[] = {
     {"discover_new_window_shortcut", "bundle_id=ID", "find the menu item that opens a new window"},
     {"inspect_app_windows", "bundle_id=ID", "a diagnostic view of an application's windows"},
     {"close_app_windows", "bundle_id=ID", "close every window of an application"},
+    {"list_layouts", "", "every layout template: panes as [x, y, width, height], space, shortcut"},
+    {"save_layout", "name=NAME panes=[[X,Y,W,H],...] [description=TEXT]",
+     "save a new global layout template; panes are fractions of the usable area, origin at\n"
+     "its lower-left corner, in fill order"},
+    {"list_workspaces", "", "the saved workspaces with their window counts and spaces"},
+    {"get_workspace_layout", "name=NAME", "a workspace's windows and the displays saved with it"},
+    {"delete_workspace", "name=NAME", "delete a saved workspace"},
+    {"rename_workspace", "name=NAME new_name=NAME", "rename a workspace within its space"},
+    {"list_spaces", "", "the spaces, the global space first, with the active one marked"},
+    {"create_space", "name=NAME", "create a named space"},
+    {"delete_space", "name=NAME", "delete a space; its workspaces move to the global space"},
+    {"activate_space", "name=NAME", "make a space active; NAME Global is the global space"},
     {"get_status", "", "the status message, version and desktop"},
     {"sync", "", "answer once all work queued before it is done and the desktop has caught up"},
+    {"simulate",
+     "[displays=[...]] [sleep=true] [userFrame={...}] [mouse={...}] [modifiers=N]\n"
+     "           [launch=ID] [quit=PID]",
+     "simulated desktop only: make the changes a user or the system makes, in this order:\n"
+     "new displays (the desktop file's format), a sleep and wake, a user's drag of a window\n"
+     "({\"window\": N, \"frame\": [X,Y,W,H]} in accessibility space), a left mouse event\n"
+     "({\"event\": \"down\"|\"drag\"|\"up\", \"location\": [X,Y]} in screen space), the modifier\n"
+     "flags held, an installed application started, an application quit"},
 };
 
 std::string indented(const char* text, const std::string& indent) {

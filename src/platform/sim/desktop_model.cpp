@@ -312,6 +312,18 @@ void DesktopModel::applySize(WindowNumber number, Size size) {
     windowsChanged();
 }
 
+void DesktopModel::dragWindow(WindowNumber number, const Rect& frame) {
+    auto* window = this->window(number);
+    if (window == nullptr || window->fullScreen || window->minimized) {
+        return;
+    }
+    window->frame.origin = frame.origin;
+    if (window->resizable) {
+        window->frame.size = takenSize(*window, frame.size);
+    }
+    windowsChanged();
+}
+
 void DesktopModel::setFullScreen(WindowNumber number, bool fullScreen) {
     auto* window = this->window(number);
     if (window == nullptr || window->fullScreen == fullScreen) {
@@ -463,11 +475,29 @@ void DesktopModel::postEvent(const InputEvent& event, bool toThisApplication) {
         // Mouse events happen where the pointer is.
         mouseLocation_ = event.location;
     }
+    if (event.type == EventType::flagsChanged) {
+        modifierFlags_ = event.modifierFlags;
+    }
     monitors_.forEach([&](const EventMonitor& monitor) {
         if (monitor.local == toThisApplication && (monitor.mask & eventMask(event.type)) != 0) {
             monitor.handler(event);
         }
     });
+}
+
+Registration DesktopModel::observeSleep(std::function<void()> handler) {
+    const auto id = sleepObservers_.add(std::move(handler));
+    return undoWhileAlive([id](DesktopModel& model) { model.sleepObservers_.handlers.erase(id); });
+}
+
+Registration DesktopModel::observeWake(std::function<void()> handler) {
+    const auto id = wakeObservers_.add(std::move(handler));
+    return undoWhileAlive([id](DesktopModel& model) { model.wakeObservers_.handlers.erase(id); });
+}
+
+void DesktopModel::sleepAndWake() {
+    sleepObservers_.forEach([](const auto& handler) { handler(); });
+    wakeObservers_.forEach([](const auto& handler) { handler(); });
 }
 
 RunningApplication DesktopModel::describe(const SimulatedApplication& app) const {

@@ -98,6 +98,10 @@ public:
     void writeSize(WindowNumber number, Size size);
     void setFullScreen(WindowNumber number, bool fullScreen);
     void setMinimized(WindowNumber number, bool minimized);
+    // The user drags the window to `frame`: it takes it at once, within its size limits, without
+    // counting a write; a window that refuses moves from other programs still follows the user,
+    // a fixed-size one keeps its size, and a full-screen or minimized one cannot be dragged.
+    void dragWindow(WindowNumber number, const Rect& frame);
     // Keeps the number, frame and full-screen and minimized states.
     void editWindow(WindowNumber number, const std::function<void(SimulatedWindow&)>& edit);
 
@@ -132,7 +136,16 @@ public:
     Point mouseLocation() const { return mouseLocation_; }
     void setMouseLocation(Point location) { mouseLocation_ = location; }
     Registration addMonitor(EventMonitor monitor);
+    // A modifier-change event sets the modifiers held from then on.
     void postEvent(const InputEvent& event, bool toThisApplication);
+    std::uint64_t modifierFlags() const { return modifierFlags_; }
+
+    // Sleep and wake. The registrations may outlive the model.
+
+    Registration observeSleep(std::function<void()> handler);
+    Registration observeWake(std::function<void()> handler);
+    // Announces the sleep, then the wake, as a machine that slept and woke up does.
+    void sleepAndWake();
 
     RunningApplication describe(const SimulatedApplication& application) const;
 
@@ -183,8 +196,11 @@ private:
     std::optional<ProcessId> frontmost_;
     bool trusted_ = true;
     Point mouseLocation_;
+    std::uint64_t modifierFlags_ = 0;
     HandlerList<std::function<void(const RunningApplication&)>> activationObservers_;
     HandlerList<EventMonitor> monitors_;
+    HandlerList<std::function<void()>> sleepObservers_;
+    HandlerList<std::function<void()>> wakeObservers_;
 };
 
 }  // namespace corvetta::sim

@@ -112,7 +112,7 @@ std::vector<Screen> DesktopModel::currentScreens() const {
             visible = growOnEdge(visible, dock_->edge, dock_->size).intersection(display.frame);
         }
         result.push_back(Screen{display.id, display.frame, visible, display.scale, display.name,
-                                display.builtin});
+                                display.builtin, display.identity});
     }
     return result;
 }

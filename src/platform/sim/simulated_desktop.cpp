@@ -220,6 +220,10 @@ void SimulatedDesktop::closeWindow(WindowNumber number) {
     state_->closeWindow(number);
 }
 
+void SimulatedDesktop::dragWindow(WindowNumber number, const Rect& frame) {
+    state_->dragWindow(number, frame);
+}
+
 void SimulatedDesktop::focusWindow(WindowNumber number) {
     const auto owner = state_->ownerOf(number);
     if (!owner) {
@@ -248,6 +252,10 @@ void SimulatedDesktop::postEvent(const InputEvent& event, bool toThisApplication
     state_->postEvent(event, toThisApplication);
 }
 
+void SimulatedDesktop::sleepAndWake() {
+    state_->sleepAndWake();
+}
+
 void SimulatedDesktop::activateThisApplication() {
     state_->activateSelf();
 }
@@ -273,6 +281,10 @@ std::optional<AXElement> SimulatedDesktop::windowElement(WindowNumber number) co
 
 bool SimulatedDesktop::dockHidden() const {
     return state_->dockHidden();
+}
+
+std::uint64_t SimulatedDesktop::modifierFlags() const {
+    return state_->modifierFlags();
 }
 
 bool SimulatedDesktop::isProcessTrusted() const {
@@ -425,6 +437,14 @@ Registration SimulatedDesktop::addGlobalMonitor(EventTypeMask mask, EventHandler
 
 Registration SimulatedDesktop::addLocalMonitor(EventTypeMask mask, EventHandler handler) {
     return state_->addMonitor(sim::EventMonitor{mask, true, std::move(handler)});
+}
+
+Registration SimulatedDesktop::observeWillSleep(std::function<void()> handler) {
+    return state_->observeSleep(std::move(handler));
+}
+
+Registration SimulatedDesktop::observeDidWake(std::function<void()> handler) {
+    return state_->observeWake(std::move(handler));
 }
 
 }  // namespace corvetta

@@ -26,7 +26,8 @@ class SimulatedDesktop final : public Desktop,
                                private WindowListPort,
                                private ApplicationsPort,
                                private PointerPort,
-                               private EventMonitorPort {
+                               private EventMonitorPort,
+                               private SleepWakePort {
 public:
     // Delayed frames and launches run on the queue.
     SimulatedDesktop(SimulatedDesktopSetup setup, MainQueue& queue);
@@ -43,6 +44,7 @@ public:
     EventMonitorPort& eventMonitorPort() override { return *this; }
     AlertPort& alertPort() override { return alerts_; }
     HotKeyPort& hotKeyPort() override { return hotKeys_; }
+    SleepWakePort& sleepWakePort() override { return *this; }
     // Nothing lags behind the model itself: `done` runs on the next queue turn.
     void synchronize(std::function<void()> done) override;
 
@@ -59,6 +61,10 @@ public:
     // Adds the window in front of the application's others.
     void addWindow(ProcessId pid, SimulatedWindow window);
     void closeWindow(WindowNumber number);
+    // The user drags the window to `frame` (accessibility space): it takes it at once, within its
+    // size limits, without counting a write. Fixed-size windows keep their size; full-screen and
+    // minimized ones cannot be dragged.
+    void dragWindow(WindowNumber number, const Rect& frame);
     // Brings the window's application to the front with the window focused.
     void focusWindow(WindowNumber number);
     // Changes how a window takes frames, keeping where it is.
@@ -66,8 +72,10 @@ public:
     void setAccessibilityTrusted(bool trusted);
     void setMouseLocation(Point location);
     // Delivers an event to the global monitors, or to the local ones when it is meant for this
-    // program.
+    // program. Mouse events move the pointer; a modifier-change event sets the modifiers held.
     void postEvent(const InputEvent& event, bool toThisApplication = false);
+    // The system sleeps and wakes: the sleep observers, then the wake observers, are called.
+    void sleepAndWake();
     // This program comes to the front, as when its menu or palette opens.
     void activateThisApplication();
 
@@ -81,6 +89,8 @@ public:
     // The element for a window, as "AXWindows" would hand it out.
     std::optional<AXElement> windowElement(WindowNumber number) const;
     bool dockHidden() const;
+    // The event modifier flags held, as the last modifier-change event left them.
+    std::uint64_t modifierFlags() const;
     // The alerts shown and the settings opened, and the user's answers to them.
     SimulatedAlerts& alerts() { return alerts_; }
     // The hot keys registered, presses of them, and combinations other applications hold.
@@ -116,6 +126,9 @@ public:
 
     Registration addGlobalMonitor(EventTypeMask mask, EventHandler handler) override;
     Registration addLocalMonitor(EventTypeMask mask, EventHandler handler) override;
+
+    Registration observeWillSleep(std::function<void()> handler) override;
+    Registration observeDidWake(std::function<void()> handler) override;
 
 private:
     struct State;

@@ -8,6 +8,8 @@
 
 #include "foundation/files.h"
 #include "foundation/json.h"
+#include "foundation/uuid.h"
+#include "platform/edid.h"
 
 namespace corvetta {
 
@@ -186,13 +188,79 @@ Enum oneOf(const ObjectReader& reader, std::string_view key, Enum fallback,
     refuse(reader.placeOf(key), "expected one of " + list);
 }
 
+std::optional<std::string> optionalText(const ObjectReader& reader, std::string_view key) {
+    if (reader.find(key) == nullptr) {
+        return std::nullopt;
+    }
+    return reader.text(key, "");
+}
+
+// "00ffffffffffff00...": two hexadecimal digits per byte, nothing else.
+std::vector<std::uint8_t> hexBytes(const Json& value, const std::string& place) {
+    if (!value.is_string()) {
+        refuse(place, "expected a string");
+    }
+    const auto& text = value.get_ref<const std::string&>();
+    auto digit = [&](char c) {
+        if (c >= '0' && c <= '9') {
+            return c - '0';
+        }
+        if (c >= 'a' && c <= 'f') {
+            return c - 'a' + 10;
+        }
+        if (c >= 'A' && c <= 'F') {
+            return c - 'A' + 10;
+        }
+        refuse(place, "expected hexadecimal bytes");
+    };
+    if (text.size() % 2 != 0) {
+        refuse(place, "expected hexadecimal bytes");
+    }
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i < text.size(); i += 2) {
+        bytes.push_back(static_cast<std::uint8_t>(digit(text[i]) * 16 + digit(text[i + 1])));
+    }
+    return bytes;
+}
+
+// As a real display: what the file does not say is read from the EDID, where it has it.
+DisplayIdentity readIdentity(const ObjectReader& reader, std::optional<std::string>& edidName) {
+    DisplayIdentity identity;
+    if (const auto uuid = optionalText(reader, "uuid")) {
+        const auto parsed = Uuid::parse(*uuid);
+        if (!parsed) {
+            refuse(reader.placeOf("uuid"), "expected a UUID (8-4-4-4-12 hexadecimal digits)");
+        }
+        identity.persistentUUID = parsed->string();
+    }
+    identity.serial = optionalText(reader, "serial");
+    if (const auto* edid = reader.find("edid")) {
+        identity.edid = hexBytes(*edid, reader.placeOf("edid"));
+        if (const auto parsed = parseEdid(identity.edid)) {
+            edidName = parsed->monitorName;
+            if (!identity.serial) {
+                identity.serial = parsed->serial();
+            }
+            if (!identity.persistentUUID) {
+                identity.persistentUUID = parsed->persistentUuid().string();
+            }
+        }
+    }
+    identity.physicalSize = reader.size("physicalSize");
+    identity.colorSpace = optionalText(reader, "colorSpace");
+    return identity;
+}
+
 SimulatedDisplay readDisplay(const Json& value, const std::string& place) {
     const ObjectReader reader(value, place,
-                              {"id", "name", "frame", "visibleFrame", "scale", "builtin"});
+                              {"id", "name", "frame", "visibleFrame", "scale", "builtin", "uuid",
+                               "serial", "edid", "physicalSize", "colorSpace"});
     SimulatedDisplay display;
     display.id = static_cast<ScreenNumber>(integer(reader.required("id"), reader.placeOf("id"), 1,
                                                    std::numeric_limits<ScreenNumber>::max()));
-    display.name = reader.text("name", "Display " + std::to_string(display.id));
+    std::optional<std::string> edidName;
+    display.identity = readIdentity(reader, edidName);
+    display.name = reader.text("name", edidName.value_or("Display " + std::to_string(display.id)));
     display.frame = rect(reader.required("frame"), reader.placeOf("frame"));
     display.visibleFrame = display.frame;
     if (const auto* visible = reader.find("visibleFrame")) {
@@ -412,6 +480,27 @@ void checkApplications(const std::vector<SimulatedApplication>& applications,
     }
 }
 
+// The displays, primary first, each id once.
+std::vector<SimulatedDisplay> readDisplayList(const Json& value, const std::string& place) {
+    if (!value.is_array()) {
+        refuse(place, "expected an array");
+    }
+    if (value.empty()) {
+        refuse(place, "expected at least one display");
+    }
+    std::vector<SimulatedDisplay> displays;
+    UniqueCheck displayIds("display id");
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        displays.push_back(readDisplay(value[i], indexed(place, i)));
+        displayIds.add(displays.back().id, indexed(place, i) + ".id");
+    }
+    if (displays.front().frame.origin != Point{0, 0}) {
+        refuse(indexed(place, 0) + ".frame",
+               "the first display is the primary and must start at [0, 0]");
+    }
+    return displays;
+}
+
 SimulatedDesktopSetup readDesktop(const Json& document) {
     const ObjectReader reader(
         document, "",
@@ -419,18 +508,8 @@ SimulatedDesktopSetup readDesktop(const Json& document) {
          "installed", "self", "reservedHotKeys"});
     SimulatedDesktopSetup setup;
 
-    const auto displays = reader.elements("displays");
-    if (displays.empty()) {
-        refuse("displays", "expected at least one display");
-    }
-    UniqueCheck displayIds("display id");
-    for (const auto& [display, place] : displays) {
-        setup.displays.push_back(readDisplay(*display, place));
-        displayIds.add(setup.displays.back().id, place + ".id");
-    }
-    if (setup.displays.front().frame.origin != Point{0, 0}) {
-        refuse("displays[0].frame", "the first display is the primary and must start at [0, 0]");
-    }
+    const auto* displays = reader.find("displays");
+    setup.displays = readDisplayList(displays != nullptr ? *displays : Json::array(), "displays");
 
     for (const auto& [app, place] : reader.elements("applications")) {
         setup.applications.push_back(readApplication(*app, place, nullptr));
@@ -497,6 +576,15 @@ Expected<SimulatedDesktopSetup, DesktopFileError> parseSimulatedDesktop(std::str
     }
     try {
         return readDesktop(document);
+    } catch (const FileProblem& problem) {
+        return unexpected(DesktopFileError{problem.place, problem.problem});
+    }
+}
+
+Expected<std::vector<SimulatedDisplay>, DesktopFileError> parseSimulatedDisplays(
+    const Json& displays, const std::string& place) {
+    try {
+        return readDisplayList(displays, place);
     } catch (const FileProblem& problem) {
         return unexpected(DesktopFileError{problem.place, problem.problem});
     }

@@ -4,6 +4,9 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include "foundation/expected.h"
 #include "platform/sim/simulated_desktop_setup.h"
@@ -21,6 +24,10 @@ struct DesktopFileError {
 };
 
 Expected<SimulatedDesktopSetup, DesktopFileError> parseSimulatedDesktop(std::string_view text);
+// A list of displays as the file's "displays" holds it, for changing a running desktop's
+// displays; `place` names the list in the errors ("displays[1].id: duplicate display id 1").
+Expected<std::vector<SimulatedDisplay>, DesktopFileError> parseSimulatedDisplays(
+    const nlohmann::ordered_json& displays, const std::string& place);
 Expected<SimulatedDesktopSetup, DesktopFileError> loadSimulatedDesktop(
     const std::filesystem::path& file);
 

@@ -25,6 +25,7 @@ struct SimulatedDisplay {
     Rect visibleFrame{};
     double scale = 1;
     bool builtin = false;
+    DisplayIdentity identity{};
 };
 
 // How a simulated application's window takes the frames it is given. The defaults are a window

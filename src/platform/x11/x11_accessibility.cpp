@@ -48,6 +48,43 @@ bool isFinite(Size s) {
 
 }  // namespace
 
+X11Accessibility::X11Accessibility(X11Connection& connection, const X11Screens& screens,
+                                   X11Applications& applications)
+    : connection_(connection),
+      screens_(screens),
+      applications_(applications),
+      properties_(connection),
+      ping_(connection) {
+    // Key presses, pointer motion and raw input leave windows as they are; any other event may
+    // say the window changed.
+    events_ = connection_.addEventHandler([this](const xcb_generic_event_t& event) {
+        const auto type = event.response_type & 0x7f;
+        if (type != XCB_GE_GENERIC && (type < XCB_KEY_PRESS || type > XCB_MOTION_NOTIFY)) {
+            forgetReading();
+        }
+        return false;
+    });
+}
+
+const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window) {
+    if (reading_ && reading_->window == window) {
+        return *reading_;
+    }
+    // Watched first: a change after the reading cannot go unannounced.
+    connection_.watchClient(window);
+    const auto frameCookies = properties_.requestOuterFrame(window);
+    const auto statesCookie = properties_.requestStates(window);
+    const auto hintsCookie =
+        properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
+    const auto titleCookies = properties_.requestTitle(window);
+    auto frame = properties_.outerFrameOf(frameCookies);
+    auto states = properties_.valuesOf(statesCookie, XCB_ATOM_ATOM);
+    auto hints = sizeHintsOf(hintsCookie);
+    auto title = properties_.titleOf(titleCookies);
+    reading_ = Reading{window, std::move(frame), std::move(states), hints, std::move(title)};
+    return *reading_;
+}
+
 Expected<X11Accessibility::Resolved, AXErrorCode> X11Accessibility::resolve(
     const AXElement& element) {
     if (!element.isValid()) {
@@ -101,13 +138,11 @@ Expected<AXValue, AXErrorCode> X11Accessibility::applicationAttribute(ProcessId 
         return AXValue(std::move(windows));
     }
     if (attribute == AXAttribute::kFocusedWindow) {
-        auto active = properties_.values(connection_.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
-        const auto windows = applications_.windowsOf(process);
-        if (!active || active->empty() ||
-            std::ranges::find(windows, active->front()) == windows.end()) {
+        const auto active = applications_.activeWindow();
+        if (!active || !applications_.isClientOf(*active, process)) {
             return unexpected(AXErrorCode::noValue);
         }
-        return AXValue(AXElement(process, active->front()));
+        return AXValue(AXElement(process, *active));
     }
     if (attribute == AXAttribute::kTitle) {
         auto application = applications_.runningApplication(process);
@@ -126,30 +161,20 @@ Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId proce
                                                                  xcb_window_t window,
                                                                  std::string_view attribute) {
     if (isFrameAttribute(attribute)) {
-        return frameAttribute(properties_.outerFrame(window), attribute);
+        return frameAttribute(readingOf(window).frame, attribute);
     }
     if (isStateAttribute(attribute)) {
-        return stateAttribute(properties_.states(window), attribute);
+        return stateAttribute(readingOf(window).states, attribute);
     }
     if (attribute == AXAttribute::kMinSize) {
-        const auto hints = sizeHints(window);
-        if (!hints || !hints->hasMinimum) {
-            return unexpected(AXErrorCode::attributeUnsupported);
-        }
-        auto extents = properties_.frameExtents(window);
-        if (!extents) {
-            return unexpected(errorOf(extents.error()));
-        }
-        return AXValue(
-            Size{static_cast<double>(hints->minWidth + extents->left + extents->right),
-                 static_cast<double>(hints->minHeight + extents->top + extents->bottom)});
+        return minimumSize(readingOf(window));
     }
     if (attribute == AXAttribute::kTitle) {
-        auto title = properties_.title(window);
+        const auto& title = readingOf(window).title;
         if (!title) {
             return unexpected(errorOf(title.error()));
         }
-        return AXValue(std::move(*title));
+        return AXValue(*title);
     }
     if (attribute == AXAttribute::kSubrole) {
         auto types = properties_.values(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
@@ -183,34 +208,11 @@ std::vector<Expected<AXValue, AXErrorCode>> X11Accessibility::copyMultipleAttrib
     if (!resolved || resolved->kind != Kind::window) {
         return AccessibilityPort::copyMultipleAttributeValues(element, attributes);
     }
-    // A move reads the frame and the states together: asked at once, they cost one round trip.
-    const xcb_window_t window = resolved->window;
-    std::optional<X11Properties::OuterFrameRequest> frameAsked;
-    std::optional<xcb_get_property_cookie_t> statesAsked;
-    if (std::ranges::any_of(attributes, isFrameAttribute)) {
-        frameAsked = properties_.requestOuterFrame(window);
-    }
-    if (std::ranges::any_of(attributes, isStateAttribute)) {
-        statesAsked = properties_.requestStates(window);
-    }
-    std::optional<Expected<X11Properties::OuterFrame, X11Error>> frame;
-    std::optional<Expected<std::vector<xcb_atom_t>, X11Error>> states;
-    if (frameAsked) {
-        frame = properties_.outerFrameOf(*frameAsked);
-    }
-    if (statesAsked) {
-        states = properties_.valuesOf(*statesAsked, XCB_ATOM_ATOM);
-    }
+    // The window's reading answers the frame, the states and the title alike.
     std::vector<Expected<AXValue, AXErrorCode>> values;
     values.reserve(attributes.size());
     for (const auto attribute : attributes) {
-        if (isFrameAttribute(attribute)) {
-            values.push_back(frameAttribute(*frame, attribute));
-        } else if (isStateAttribute(attribute)) {
-            values.push_back(stateAttribute(*states, attribute));
-        } else {
-            values.push_back(windowAttribute(element.process(), window, attribute));
-        }
+        values.push_back(windowAttribute(element.process(), resolved->window, attribute));
     }
     return values;
 }
@@ -240,6 +242,19 @@ Expected<AXValue, AXErrorCode> X11Accessibility::stateAttribute(
     const xcb_atom_t state = connection_.atom(
         attribute == AXAttribute::kMinimized ? "_NET_WM_STATE_HIDDEN" : "_NET_WM_STATE_FULLSCREEN");
     return AXValue(std::ranges::find(*states, state) != states->end());
+}
+
+Expected<AXValue, AXErrorCode> X11Accessibility::minimumSize(const Reading& reading) {
+    if (!reading.hints || !reading.hints->hasMinimum) {
+        return unexpected(AXErrorCode::attributeUnsupported);
+    }
+    if (!reading.frame) {
+        return unexpected(errorOf(reading.frame.error()));
+    }
+    const FrameExtents& extents = reading.frame->extents;
+    return AXValue(
+        Size{static_cast<double>(reading.hints->minWidth + extents.left + extents.right),
+             static_cast<double>(reading.hints->minHeight + extents.top + extents.bottom)});
 }
 
 AXErrorCode X11Accessibility::setAttributeValue(const AXElement& element,
@@ -311,21 +326,18 @@ Expected<ProcessId, AXErrorCode> X11Accessibility::processOf(const AXElement& el
 
 AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Point> position,
                                          std::optional<Size> size) {
-    // Everything the request is reckoned from, asked at once: one round trip.
-    const auto statesCookie = properties_.requestStates(window);
-    const auto hintsCookie =
-        properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
-    const auto frameCookies = properties_.requestOuterFrame(window);
-    const auto states = properties_.valuesOf(statesCookie, XCB_ATOM_ATOM);
-    const auto hints = sizeHintsOf(hintsCookie);
-    auto outer = properties_.outerFrameOf(frameCookies);
-    if (!states) {
-        return errorOf(states.error());
+    // Everything the request is reckoned from, in the window's reading. Copies: asking the window
+    // manager for anything forgets the reading.
+    const Reading& reading = readingOf(window);
+    const auto hints = reading.hints;
+    auto outer = reading.frame;
+    if (!reading.states) {
+        return errorOf(reading.states.error());
     }
-    if (isMaximized(*states)) {
+    if (isMaximized(*reading.states)) {
         unmaximize(window, outer);
         // The decorations changed with it, and the size asked is reckoned with the new ones.
-        outer = properties_.outerFrame(window);
+        outer = readingOf(window).frame;
     }
     if (!outer) {
         return errorOf(outer.error());
@@ -370,11 +382,6 @@ AXErrorCode X11Accessibility::moveResize(xcb_window_t window, std::optional<Poin
     return AXErrorCode::success;
 }
 
-std::optional<X11SizeHints> X11Accessibility::sizeHints(xcb_window_t window) {
-    return sizeHintsOf(
-        properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS));
-}
-
 std::optional<X11SizeHints> X11Accessibility::sizeHintsOf(xcb_get_property_cookie_t cookie) {
     auto answer = connection_.reply(xcb_get_property_reply, cookie);
     xcb_size_hints_t hints{};
@@ -411,11 +418,11 @@ void X11Accessibility::unmaximize(xcb_window_t window,
 }
 
 AXErrorCode X11Accessibility::setState(xcb_window_t window, std::string_view state, bool on) {
-    auto current = properties_.hasState(window, state);
-    if (!current) {
-        return errorOf(current.error());
+    const auto& states = readingOf(window).states;
+    if (!states) {
+        return errorOf(states.error());
     }
-    if (*current == on) {
+    if ((std::ranges::find(*states, connection_.atom(state)) != states->end()) == on) {
         return AXErrorCode::success;
     }
     sendToRoot(window, "_NET_WM_STATE",
@@ -433,6 +440,7 @@ void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
     // window manager answers a move with a synthetic ConfigureNotify there, a resize with a real
     // one, and a change of state by rewriting _NET_WM_STATE.
     connection_.watchClient(window);
+    forgetReading();
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;

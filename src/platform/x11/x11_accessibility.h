@@ -26,18 +26,21 @@ namespace corvetta {
 // read right after sees the outcome. Without that round trip the window's ConfigureNotify and
 // property changes are taken as the answer. X has no permission to grant: every process is
 // trusted.
+//
+// A window's frame, states, size hints and title are read together, in one round trip, and that
+// reading serves every read of the window until this program asks the window manager for anything
+// or an event other than input arrives: a key press reads the window several times (to place it,
+// to check it is not full screen, before every set, to verify). The window is watched from the
+// reading on, and the window manager announces every change of its frame to it (a real
+// ConfigureNotify when it resizes, a synthetic one when it only moves, as ICCCM asks), its
+// properties announce themselves; what comes from outside (the socket) synchronizes first.
 class X11Accessibility final : public AccessibilityPort {
 public:
     // How long a set waits for the window manager; it answers in about a millisecond.
     static constexpr std::chrono::milliseconds kApplyPatience{1000};
 
     X11Accessibility(X11Connection& connection, const X11Screens& screens,
-                     X11Applications& applications)
-        : connection_(connection),
-          screens_(screens),
-          applications_(applications),
-          properties_(connection),
-          ping_(connection) {}
+                     X11Applications& applications);
 
     bool isProcessTrusted() const override { return true; }
     AXElement applicationElement(ProcessId process) override { return AXElement(process, 0); }
@@ -53,6 +56,15 @@ public:
 
 private:
     enum class Kind { application, window, closeButton };
+    struct Reading {
+        xcb_window_t window = XCB_WINDOW_NONE;
+        Expected<X11Properties::OuterFrame, X11Error> frame;
+        Expected<std::vector<xcb_atom_t>, X11Error> states;
+        std::optional<X11SizeHints> hints;
+        Expected<std::string, X11Error> title;
+    };
+    const Reading& readingOf(xcb_window_t window);
+    void forgetReading() { reading_.reset(); }
     struct Resolved {
         Kind kind = Kind::application;
         xcb_window_t window = XCB_WINDOW_NONE;
@@ -71,12 +83,12 @@ private:
         const Expected<X11Properties::OuterFrame, X11Error>& frame, std::string_view attribute);
     Expected<AXValue, AXErrorCode> stateAttribute(
         const Expected<std::vector<xcb_atom_t>, X11Error>& states, std::string_view attribute);
+    Expected<AXValue, AXErrorCode> minimumSize(const Reading& reading);
     bool isMaximized(const std::vector<xcb_atom_t>& states);
     // Takes the window out of both maximized states and waits for the window manager.
     void unmaximize(xcb_window_t window,
                     const Expected<X11Properties::OuterFrame, X11Error>& maximized);
     // WM_NORMAL_HINTS; none when the window sets none or is gone.
-    std::optional<X11SizeHints> sizeHints(xcb_window_t window);
     std::optional<X11SizeHints> sizeHintsOf(xcb_get_property_cookie_t cookie);
     void sendToRoot(xcb_window_t window, std::string_view type,
                     const std::array<std::uint32_t, 5>& data);
@@ -92,6 +104,8 @@ private:
     X11Applications& applications_;
     X11Properties properties_;
     X11WindowManagerPing ping_;
+    std::optional<Reading> reading_;
+    Registration events_;
 };
 
 }  // namespace corvetta

@@ -58,15 +58,19 @@ X11Applications::X11Applications(X11Connection& connection, RunningApplication s
 X11Applications::~X11Applications() = default;
 
 std::vector<X11Applications::Client> X11Applications::clientsFrontToBack() const {
-    auto stacking =
-        properties_.values(connection_.root(), "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
-    if (!stacking || stacking->empty()) {
-        stacking = properties_.values(connection_.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
+    if (!stacking_) {
+        auto read =
+            properties_.values(connection_.root(), "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
+        if (!read || read->empty()) {
+            read = properties_.values(connection_.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
+        }
+        if (!read) {
+            return {};
+        }
+        stacking_ = std::move(*read);
     }
+    const auto* stacking = &*stacking_;
     std::vector<Client> result;
-    if (!stacking) {
-        return result;
-    }
     forgetAllBut(*stacking);
     // A window's process never changes, so each is asked once, and those not yet known all at
     // once.
@@ -166,17 +170,26 @@ RunningApplication X11Applications::describe(ProcessId process,
             break;
         }
     }
-    std::vector<xcb_get_property_cookie_t> states;
+    // Watched before the read, so a change after it cannot go unannounced.
+    std::vector<std::pair<xcb_window_t, xcb_get_property_cookie_t>> asked;
     for (const auto window : windows) {
-        states.push_back(properties_.request(window, "_NET_WM_STATE", XCB_ATOM_ATOM));
+        if (!known_[window].hidden) {
+            connection_.watchClient(window);
+            asked.emplace_back(window, properties_.requestStates(window));
+        }
     }
     const auto hiddenAtom = connection_.atom("_NET_WM_STATE_HIDDEN");
-    bool allHidden = !windows.empty();
-    for (const auto cookie : states) {
+    for (const auto& [window, cookie] : asked) {
         auto state = properties_.valuesOf(cookie, XCB_ATOM_ATOM);
-        allHidden = allHidden && state && std::ranges::find(*state, hiddenAtom) != state->end();
+        // A window gone meanwhile counts as not hidden, and is read again next time.
+        const bool hidden = state && std::ranges::find(*state, hiddenAtom) != state->end();
+        if (state) {
+            known_[window].hidden = hidden;
+        }
     }
-    application.isHidden = allHidden;
+    application.isHidden = !windows.empty() && std::ranges::all_of(windows, [&](auto window) {
+        return known_[window].hidden.value_or(false);
+    });
     return application;
 }
 
@@ -214,12 +227,29 @@ std::optional<RunningApplication> X11Applications::runningApplication(ProcessId 
     return describe(process, windows);
 }
 
-std::optional<ProcessId> X11Applications::activeProcess() const {
-    auto active = properties_.values(connection_.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
-    if (!active || active->empty() || active->front() == XCB_WINDOW_NONE) {
+std::optional<xcb_window_t> X11Applications::activeWindow() const {
+    if (!active_) {
+        auto read = properties_.values(connection_.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
+        if (!read) {
+            return std::nullopt;
+        }
+        active_ = read->empty() ? XCB_WINDOW_NONE : read->front();
+    }
+    if (*active_ == XCB_WINDOW_NONE) {
         return std::nullopt;
     }
-    auto pid = properties_.processOf(active->front());
+    return *active_;
+}
+
+std::optional<ProcessId> X11Applications::activeProcess() const {
+    const auto active = activeWindow();
+    if (!active) {
+        return std::nullopt;
+    }
+    if (const auto found = known_.find(*active); found != known_.end() && found->second.pid > 0) {
+        return found->second.pid;
+    }
+    auto pid = properties_.processOf(*active);
     if (!pid || !*pid) {
         return std::nullopt;
     }
@@ -247,17 +277,29 @@ bool X11Applications::handleEvent(const xcb_generic_event_t& event) {
         return false;
     }
     const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-    if (notify.window == connection_.root() &&
-        notify.atom == connection_.atom("_NET_CLIENT_LIST")) {
+    if (notify.window != connection_.root()) {
+        if (notify.atom == connection_.atom("_NET_WM_STATE")) {
+            if (const auto found = known_.find(notify.window); found != known_.end()) {
+                found->second.hidden.reset();
+            }
+        }
+        return false;
+    }
+    if (notify.atom == connection_.atom("_NET_CLIENT_LIST")) {
         // Window ids are reused once a client disconnects; what was known of them may no longer
         // hold, and a full read costs one round trip.
         known_.clear();
+        stacking_.reset();
         return false;
     }
-    if (notify.window != connection_.root() ||
-        notify.atom != connection_.atom("_NET_ACTIVE_WINDOW")) {
+    if (notify.atom == connection_.atom("_NET_CLIENT_LIST_STACKING")) {
+        stacking_.reset();
         return false;
     }
+    if (notify.atom != connection_.atom("_NET_ACTIVE_WINDOW")) {
+        return false;
+    }
+    active_.reset();
     const auto process = activeProcess();
     // Focus moving between windows of one application is no activation.
     if (!process || process == lastActive_) {

@@ -70,6 +70,8 @@ public:
     // asking the server until the client list changes; a window destroyed meanwhile fails the
     // request that follows anyway.
     bool isClientOf(xcb_window_t window, ProcessId process) const;
+    // _NET_ACTIVE_WINDOW; none when no window is active or the property cannot be read.
+    std::optional<xcb_window_t> activeWindow() const;
 
 private:
     struct Client {
@@ -85,6 +87,9 @@ private:
     struct Known {
         ProcessId pid = 0;
         std::optional<Identity> identity;
+        // Minimized (_NET_WM_STATE_HIDDEN), kept until the window announces a change of its
+        // states: the window is watched from the first read on.
+        std::optional<bool> hidden;
     };
     std::vector<Client> clientsFrontToBack() const;
     void forgetAllBut(const std::vector<xcb_window_t>& clients) const;
@@ -98,6 +103,11 @@ private:
     X11Connection& connection_;
     mutable X11Properties properties_;
     mutable std::unordered_map<xcb_window_t, Known> known_;
+    // The root's client list and active window as last read, kept until the window manager
+    // announces a change of them: every key press asks for both. What comes from outside (the
+    // socket) synchronizes first, so no announcement is left unread when they are used.
+    mutable std::optional<std::vector<xcb_window_t>> stacking_;
+    mutable std::optional<xcb_window_t> active_;
     RunningApplication self_;
     DesktopEntries desktopEntries_;
     std::vector<std::string> launchEnvironment_;

@@ -161,6 +161,15 @@ void X11Connection::readEvents() {
     }
 }
 
+void X11Connection::countWaitFor(unsigned int sequence) {
+    if (sequence <= sentBeforeLastWait_) {
+        return;
+    }
+    ++roundTrips_;
+    // The server ignores a NoOperation; its number tells which requests were already sent.
+    sentBeforeLastWait_ = xcb_no_operation(connection_).sequence;
+}
+
 void X11Connection::countRoundTrip() {
     ++roundTrips_;
     readEventsSoon();

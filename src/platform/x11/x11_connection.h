@@ -88,7 +88,7 @@ public:
         if (xcb_poll_for_reply(connection_, cookie.sequence, &ready, &error) != 0) {
             result.reset(static_cast<Reply*>(ready));
         } else {
-            ++roundTrips_;
+            countWaitFor(cookie.sequence);
             result.reset(fetch(connection_, cookie, &error));
         }
         readEventsSoon();
@@ -109,9 +109,10 @@ public:
     bool waitForEvent(const std::function<bool(const xcb_generic_event_t&)>& wanted,
                       std::chrono::milliseconds patience);
 
-    // How often this program waited for the server so far: replies that had not arrived yet,
-    // checked requests, waits for an event, and those `countRoundTrip` reports. Benchmarks count
-    // it per action; nothing decides on it.
+    // How often this program waited for the server so far: for replies to requests sent since
+    // the last such wait began (the rest of a batch was on its way already, however the server
+    // split its answers), checked requests, waits for an event, and those `countRoundTrip`
+    // reports. Benchmarks count it per action; nothing decides on it.
     std::uint64_t roundTrips() const { return roundTrips_; }
     // For the parts that wait for replies on the raw connection themselves.
     void countRoundTrip();
@@ -126,6 +127,7 @@ public:
 private:
     X11Connection(xcb_connection_t* connection, int screenNumber, MainQueue& queue);
     X11Error takeError(xcb_generic_error_t* error);
+    void countWaitFor(unsigned int sequence);
     void dispatch(const xcb_generic_event_t& event);
 
     struct Handlers;
@@ -138,6 +140,8 @@ private:
     std::shared_ptr<Handlers> handlers_;
     bool readPosted_ = false;
     std::uint64_t roundTrips_ = 0;
+    // The last request sent when the last counted wait for a reply began.
+    unsigned int sentBeforeLastWait_ = 0;
     FdWatch watch_;
     // Work posted to the queue checks it is still alive.
     std::shared_ptr<X11Connection*> self_;

@@ -40,6 +40,18 @@ X11Launching launchingOn(const std::string& display) {
     return launching;
 }
 
+// systemd-logind announces sleep and wake with PrepareForSleep on the system bus; listening to it
+// comes later. Until then nothing is announced, and observers simply never hear of a wake.
+class X11SleepWake final : public SleepWakePort {
+public:
+    Registration observeWillSleep(std::function<void()>) override {
+        return Registration([] {});
+    }
+    Registration observeDidWake(std::function<void()>) override {
+        return Registration([] {});
+    }
+};
+
 }  // namespace
 
 // In the order they depend on each other; destroyed in reverse, the connection last.
@@ -84,6 +96,7 @@ struct X11Desktop::Parts {
     X11HotKeys hotKeys;
     X11Pointer pointer;
     X11EventMonitor eventMonitor;
+    X11SleepWake sleepWake;
     Registration inputEvents;
 };
 
@@ -128,6 +141,9 @@ AlertPort& X11Desktop::alertPort() {
 }
 HotKeyPort& X11Desktop::hotKeyPort() {
     return parts_->hotKeys;
+}
+SleepWakePort& X11Desktop::sleepWakePort() {
+    return parts_->sleepWake;
 }
 
 std::uint64_t X11Desktop::roundTrips() const {

@@ -36,6 +36,7 @@ public:
     EventMonitorPort& eventMonitorPort() override;
     AlertPort& alertPort() override;
     HotKeyPort& hotKeyPort() override;
+    SleepWakePort& sleepWakePort() override;
     // How often the program has waited for the X server so far (X11Connection::roundTrips).
     std::uint64_t roundTrips() const;
     // A round trip to the server, then the events it sent until then, then `done`.

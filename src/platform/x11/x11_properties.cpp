@@ -66,11 +66,22 @@ Expected<std::string, X11Error> X11Properties::bytes(xcb_window_t window, xcb_at
 }
 
 Expected<std::string, X11Error> X11Properties::title(xcb_window_t window) {
-    auto name = bytes(window, connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING"));
-    if (!name || !name->empty()) {
-        return name;
+    return titleOf(requestTitle(window));
+}
+
+X11Properties::TitleRequest X11Properties::requestTitle(xcb_window_t window) {
+    return {request(window, connection_.atom("_NET_WM_NAME"), connection_.atom("UTF8_STRING")),
+            request(window, XCB_ATOM_WM_NAME, XCB_ATOM_ANY)};
+}
+
+Expected<std::string, X11Error> X11Properties::titleOf(const TitleRequest& asked) {
+    // Both answers are taken, so neither is left behind in the connection.
+    auto netName = bytesOf(asked.netName);
+    auto name = bytesOf(asked.name);
+    if (!netName || !netName->empty()) {
+        return netName;
     }
-    return bytes(window, XCB_ATOM_WM_NAME);
+    return name;
 }
 
 Expected<std::optional<std::int32_t>, X11Error> X11Properties::processOf(xcb_window_t window) {

@@ -54,6 +54,13 @@ public:
                                           xcb_atom_t type = XCB_ATOM_ANY);
     // _NET_WM_NAME, else WM_NAME; empty when neither is set.
     Expected<std::string, X11Error> title(xcb_window_t window);
+    // The same split in asking and answering; both names are asked at once.
+    struct TitleRequest {
+        xcb_get_property_cookie_t netName;
+        xcb_get_property_cookie_t name;
+    };
+    TitleRequest requestTitle(xcb_window_t window);
+    Expected<std::string, X11Error> titleOf(const TitleRequest& request);
     // The client's process, _NET_WM_PID; none when it does not say.
     Expected<std::optional<std::int32_t>, X11Error> processOf(xcb_window_t window);
     // _NET_FRAME_EXTENTS, read anew each time (they change with maximizing); zero when absent.

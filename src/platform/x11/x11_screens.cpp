@@ -5,6 +5,8 @@
 
 #include <xcb/randr.h>
 
+#include "platform/edid.h"
+
 namespace corvetta {
 
 namespace {
@@ -127,7 +129,13 @@ std::vector<Reservation> readReservations(X11Connection& connection, X11Properti
     return result;
 }
 
-Screen screenOf(X11Connection& connection, const X11Monitor& monitor,
+// Laptop panels are the outputs the kernel names after the embedded display port, LVDS or the
+// display serial interface of phones and tablets.
+bool isPanelName(std::string_view name) {
+    return name.starts_with("eDP") || name.starts_with("LVDS") || name.starts_with("DSI");
+}
+
+Screen screenOf(X11Connection& connection, const X11Monitor& monitor, const X11DisplayInfo& info,
                 const X11Coordinates& coordinates, const std::vector<Reservation>& reservations,
                 const std::optional<RootRect>& area) {
     RootRect visible = area ? intersection(monitor.rect, *area) : monitor.rect;
@@ -141,14 +149,83 @@ Screen screenOf(X11Connection& connection, const X11Monitor& monitor,
     screen.number = monitor.name;
     screen.frame = coordinates.toScreen(monitor.rect);
     screen.visibleFrame = coordinates.toScreen(visible);
-    screen.localizedName = connection.atomName(monitor.name);
+    // RandR names the monitors it makes itself after their outputs; a monitor the user defined
+    // keeps the name the user gave it.
+    const std::string monitorName = connection.atomName(monitor.name);
+    screen.localizedName = info.productName.value_or(monitorName);
     if (screen.localizedName.empty()) {
         screen.localizedName = "Display " + std::to_string(monitor.name);
     }
-    // Laptop panels are the outputs the kernel names after the embedded display port or LVDS.
-    screen.isBuiltIn =
-        screen.localizedName.starts_with("eDP") || screen.localizedName.starts_with("LVDS");
+    screen.isBuiltIn = info.builtIn || isPanelName(monitorName);
+    screen.identity = info.identity;
     return screen;
+}
+
+// The properties of every monitor's output, asked for all at once.
+std::vector<X11DisplayInfo> readDisplayInfo(X11Connection& connection,
+                                            const std::vector<X11Monitor>& monitors) {
+    struct Cookies {
+        xcb_randr_get_output_info_cookie_t info;
+        xcb_randr_get_output_property_cookie_t edid;
+        xcb_randr_get_output_property_cookie_t connector;
+    };
+    const xcb_atom_t edidAtom = connection.atom("EDID");
+    const xcb_atom_t connectorAtom = connection.atom("ConnectorType");
+    std::vector<std::optional<Cookies>> cookies;
+    for (const auto& monitor : monitors) {
+        if (monitor.output == XCB_NONE) {
+            cookies.emplace_back();
+            continue;
+        }
+        // EDIDs are 128 bytes a block; 1 KiB holds the base block and up to seven extensions.
+        cookies.push_back(
+            Cookies{xcb_randr_get_output_info(connection.raw(), monitor.output, XCB_CURRENT_TIME),
+                    xcb_randr_get_output_property(connection.raw(), monitor.output, edidAtom,
+                                                  XCB_ATOM_ANY, 0, 256, 0, 0),
+                    xcb_randr_get_output_property(connection.raw(), monitor.output, connectorAtom,
+                                                  XCB_ATOM_ANY, 0, 1, 0, 0)});
+    }
+    std::vector<X11DisplayInfo> result;
+    for (std::size_t index = 0; index < monitors.size(); ++index) {
+        const auto& monitor = monitors[index];
+        X11DisplayInfo info;
+        int widthMillimetres = monitor.widthMillimetres;
+        int heightMillimetres = monitor.heightMillimetres;
+        if (const auto& asked = cookies[index]) {
+            if (auto output = connection.reply(xcb_randr_get_output_info_reply, asked->info)) {
+                widthMillimetres = static_cast<int>((*output)->mm_width);
+                heightMillimetres = static_cast<int>((*output)->mm_height);
+                const auto* name =
+                    reinterpret_cast<const char*>(xcb_randr_get_output_info_name(output->get()));
+                info.builtIn = isPanelName(
+                    std::string(name, xcb_randr_get_output_info_name_length(output->get())));
+            }
+            if (auto edid = connection.reply(xcb_randr_get_output_property_reply, asked->edid);
+                edid && (*edid)->format == 8) {
+                const auto* bytes = xcb_randr_get_output_property_data(edid->get());
+                info.identity.edid.assign(bytes, bytes + (*edid)->num_items);
+            }
+            if (auto connector =
+                    connection.reply(xcb_randr_get_output_property_reply, asked->connector);
+                connector && (*connector)->format == 32 && (*connector)->num_items == 1) {
+                const auto* atoms = reinterpret_cast<const xcb_atom_t*>(
+                    xcb_randr_get_output_property_data(connector->get()));
+                info.builtIn = info.builtIn || connection.atomName(atoms[0]) == "Panel";
+            }
+        }
+        // 0 is how RandR says it does not know (projectors, virtual outputs).
+        if (widthMillimetres > 0 && heightMillimetres > 0) {
+            info.identity.physicalSize =
+                Size{static_cast<double>(widthMillimetres), static_cast<double>(heightMillimetres)};
+        }
+        if (const auto edid = parseEdid(info.identity.edid)) {
+            info.productName = edid->monitorName;
+            info.identity.serial = edid->serial();
+            info.identity.persistentUUID = edid->persistentUuid().string();
+        }
+        result.push_back(std::move(info));
+    }
+    return result;
 }
 
 }  // namespace
@@ -170,10 +247,10 @@ X11Screens::X11Screens(X11Connection& connection)
         randrFirstEvent_ = extension->first_event;
     }
     if (hasRandr_) {
-        xcb_randr_select_input(connection_.raw(), connection_.root(),
-                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
-                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+        xcb_randr_select_input(
+            connection_.raw(), connection_.root(),
+            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE | XCB_RANDR_NOTIFY_MASK_OUTPUT_PROPERTY);
     }
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     events_ = connection_.addEventHandler(
@@ -186,6 +263,7 @@ X11Screens::~X11Screens() = default;
 std::vector<X11Monitor> X11Screens::monitors() const {
     if (!monitors_) {
         monitors_ = readMonitors();
+        displayInfo_.reset();
     }
     return *monitors_;
 }
@@ -200,8 +278,14 @@ std::vector<X11Monitor> X11Screens::readMonitors() const {
             auto iterator = xcb_randr_get_monitors_monitors_iterator(answer->get());
             for (; iterator.rem > 0; xcb_randr_monitor_info_next(&iterator)) {
                 const auto& info = *iterator.data;
-                result.push_back(
-                    {info.name, {info.x, info.y, info.width, info.height}, info.primary != 0});
+                const auto* outputs = xcb_randr_monitor_info_outputs(iterator.data);
+                const int outputCount = xcb_randr_monitor_info_outputs_length(iterator.data);
+                result.push_back({info.name,
+                                  {info.x, info.y, info.width, info.height},
+                                  info.primary != 0,
+                                  outputCount > 0 ? outputs[0] : xcb_randr_output_t{XCB_NONE},
+                                  static_cast<int>(info.width_in_millimeters),
+                                  static_cast<int>(info.height_in_millimeters)});
             }
         }
     }
@@ -235,11 +319,20 @@ std::vector<Screen> X11Screens::readScreens() const {
     // Openbox and its peers compute one work area over every monitor, which wrongly cuts a panel
     // off its neighbours; with several monitors the struts alone say what is reserved where.
     const auto area = all.size() == 1 ? workArea() : std::nullopt;
+    const auto& info = displayInfo();
     std::vector<Screen> result;
-    for (const auto& monitor : all) {
-        result.push_back(screenOf(connection_, monitor, coordinates, reserved, area));
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        result.push_back(
+            screenOf(connection_, all[index], info[index], coordinates, reserved, area));
     }
     return result;
+}
+
+const std::vector<X11DisplayInfo>& X11Screens::displayInfo() const {
+    if (!displayInfo_) {
+        displayInfo_ = readDisplayInfo(connection_, monitors());
+    }
+    return *displayInfo_;
 }
 
 std::optional<Screen> X11Screens::mainScreen() const {
@@ -272,8 +365,17 @@ Registration X11Screens::observeScreenParameters(std::function<void()> handler) 
 
 bool X11Screens::handleEvent(const xcb_generic_event_t& event) {
     const std::uint8_t type = event.response_type & 0x7f;
-    if (hasRandr_ && (type == randrFirstEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-                      type == randrFirstEvent_ + XCB_RANDR_NOTIFY)) {
+    if (hasRandr_ && type == randrFirstEvent_ + XCB_RANDR_NOTIFY &&
+        reinterpret_cast<const xcb_randr_notify_event_t&>(event).subCode ==
+            XCB_RANDR_NOTIFY_OUTPUT_PROPERTY) {
+        // Drivers rewrite properties such as the backlight's often; only the identity matters.
+        const auto atom = reinterpret_cast<const xcb_randr_notify_event_t&>(event).u.op.atom;
+        if (atom == connection_.atom("EDID") || atom == connection_.atom("ConnectorType")) {
+            monitors_.reset();
+            announceSoon();
+        }
+    } else if (hasRandr_ && (type == randrFirstEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                             type == randrFirstEvent_ + XCB_RANDR_NOTIFY)) {
         monitors_.reset();
         announceSoon();
     } else if (type == XCB_PROPERTY_NOTIFY) {

@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "automation/mcp_error.h"
+#include "automation/method_groups.h"
+#include "layouts/custom_layout_template.h"
+
+namespace corvetta {
+
+namespace {
+
+// Sums of thirds land a rounding error past 1; that is still the edge of the area.
+constexpr double kUnitTolerance = 1e-9;
+
+Json optionalText(const std::optional<std::string>& text) {
+    return text ? Json(*text) : Json();
+}
+
+// Panes go out as [x, y, width, height], the form save_layout takes, so a listed layout can be
+// sent back as it is.
+Json layoutEntry(const CustomLayoutTemplate& layout) {
+    Json panes = Json::array();
+    for (const auto& pane : layout.panes) {
+        panes.push_back(
+            Json::array({pane.origin.x, pane.origin.y, pane.size.width, pane.size.height}));
+    }
+    Json shortcut;
+    if (layout.shortcutKeyCode && layout.shortcutModifiers) {
+        shortcut =
+            Json{{"keyCode", *layout.shortcutKeyCode}, {"modifiers", *layout.shortcutModifiers}};
+    }
+    return Json{{"id", layout.id.string()},
+                {"name", layout.name},
+                {"description", layout.templateDescription},
+                {"panes", std::move(panes)},
+                {"spaceId", layout.spaceId ? Json(layout.spaceId->string()) : Json()},
+                {"folder", optionalText(layout.folder)},
+                {"shortcut", std::move(shortcut)},
+                {"defaultTemplateKey", optionalText(layout.defaultTemplateKey)},
+                {"applyToAllDisplays", layout.applyToAllDisplays}};
+}
+
+Json listLayouts(const AutomationContext& context) {
+    Json layouts = Json::array();
+    for (const auto& layout : context.layoutStore.layouts()) {
+        layouts.push_back(layoutEntry(layout));
+    }
+    return Json{{"layouts", std::move(layouts)}};
+}
+
+[[noreturn]] void refusePane(std::size_t index, const std::string& problem) {
+    throw MCPError::invalidParam("Invalid param panes: pane " + std::to_string(index + 1) + " " +
+                                 problem);
+}
+
+// Unit rectangles of the usable area, origin lower-left, as templates store them.
+std::vector<Rect> requiredPanes(const MethodParams& params) {
+    const auto* value = params.find("panes");
+    if (value == nullptr) {
+        throw MCPError::missingParam("panes");
+    }
+    if (!value->is_array() || value->empty()) {
+        throw MCPError::invalidParam(
+            "Invalid param panes: expected a list of at least one [x, y, width, height]");
+    }
+    std::vector<Rect> panes;
+    for (std::size_t i = 0; i < value->size(); ++i) {
+        const Json& pane = (*value)[i];
+        if (!pane.is_array() || pane.size() != 4 ||
+            !std::all_of(pane.begin(), pane.end(), [](const Json& v) {
+                return v.is_number() && std::isfinite(v.get<double>());
+            })) {
+            refusePane(i, "is not [x, y, width, height]");
+        }
+        const Rect frame(pane[0].get<double>(), pane[1].get<double>(), pane[2].get<double>(),
+                         pane[3].get<double>());
+        if (frame.size.width <= 0 || frame.size.height <= 0) {
+            refusePane(i, "needs a positive width and height");
+        }
+        if (frame.origin.x < 0 || frame.origin.y < 0 ||
+            frame.origin.x + frame.size.width > 1 + kUnitTolerance ||
+            frame.origin.y + frame.size.height > 1 + kUnitTolerance) {
+            refusePane(i,
+                       "reaches outside the unit square (0 <= x, y and x + width, y + height "
+                       "<= 1)");
+        }
+        panes.push_back(frame);
+    }
+    return panes;
+}
+
+Json saveLayout(const AutomationContext& context, const MethodParams& params) {
+    auto name = params.requiredText("name");
+    const auto first = name.find_first_not_of(" \t\n\r\v\f");
+    name = first == std::string::npos
+               ? std::string()
+               : name.substr(first, name.find_last_not_of(" \t\n\r\v\f") - first + 1);
+    if (name.empty()) {
+        throw MCPError::invalidParam("Invalid param name: expected a name that is not blank");
+    }
+    if (params.find("space") != nullptr) {
+        throw MCPError::invalidParam(
+            "Invalid param space: layouts cannot be saved into a space yet; leave \"space\" out "
+            "to save a global layout");
+    }
+    const std::optional<Uuid> spaceId;
+    CustomLayoutTemplate layout;
+    layout.id = Uuid::random();
+    layout.name = name;
+    layout.templateDescription = params.optionalText("description").value_or("");
+    layout.panes = requiredPanes(params);
+    layout.spaceId = spaceId;
+    if (context.layoutStore.isNameTaken(name, spaceId)) {
+        // The layout builder's own words.
+        throw MCPError::invalidParam(
+            spaceId ? "A layout with this name already exists in this space or the global space."
+                    : "A layout with this name already exists.");
+    }
+    context.layoutStore.add(layout);
+    methodsLogger(context).info("Saved layout '" + name + "' with " +
+                                std::to_string(layout.panes.size()) + " panes");
+    return layoutEntry(layout);
+}
+
+}  // namespace
+
+void addLayoutMethods(MethodTable& table, const SharedContext& context) {
+    table["list_layouts"] =
+        answeringAtOnce([context](const MethodParams&) { return listLayouts(*context); });
+    table["save_layout"] = answeringAtOnce(
+        [context](const MethodParams& params) { return saveLayout(*context, params); });
+}
+
+}  // namespace corvetta

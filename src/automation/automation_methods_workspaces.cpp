@@ -1,0 +1,207 @@
+#include "automation/mcp_error.h"
+#include "automation/method_groups.h"
+#include "automation/method_support.h"
+#include "workspaces/display_arrangement_capture.h"
+#include "workspaces/display_key.h"
+#include "workspaces/space_manager.h"
+#include "workspaces/workspace_service.h"
+
+namespace corvetta {
+
+namespace {
+
+Json idOrNull(const std::optional<Uuid>& id) {
+    return id ? Json(id->string()) : Json(nullptr);
+}
+
+Json deeplinksJson(const Workspace& workspace) {
+    Json links = Json::object();
+    if (workspace.appDeeplinks) {
+        for (const auto& [key, link] : *workspace.appDeeplinks) {
+            links[key] = link;
+        }
+    }
+    return links;
+}
+
+const Workspace& requireWorkspace(const WorkspaceService& service, const std::string& name) {
+    const auto* workspace = service.workspaceNamed(name);
+    if (!workspace) {
+        throw MCPError::notFound("workspace '" + name + "'");
+    }
+    return *workspace;
+}
+
+Json listWorkspaces(const AutomationContext& context) {
+    Json entries = Json::array();
+    for (const auto& workspace : context.workspaceService.workspaces()) {
+        entries.push_back(Json{
+            {"id", idOrNull(workspace.id)},
+            {"name", workspace.name},
+            {"windowCount", workspace.windowInfos.size()},
+            {"deeplinks", deeplinksJson(workspace)},
+            {"customLayout",
+             workspace.customLayout ? Json(workspace.customLayout->name) : Json(nullptr)},
+            {"spaceId", idOrNull(workspace.spaceId)},
+        });
+    }
+    return Json{{"workspaces", std::move(entries)}};
+}
+
+Json displayJson(const DisplayFingerprint& display, bool isMain) {
+    return Json{{"stableID", displayKey(display)},
+                {"name", textOrNull(display.name)},
+                {"isBuiltIn", display.isBuiltIn},
+                {"resolution",
+                 {{"width", display.resolution.width}, {"height", display.resolution.height}}},
+                {"scaleFactor", display.scaleFactor},
+                {"mainDisplay", isMain}};
+}
+
+// The recorded display a window stood on: the one its monitor id names.
+const DisplayFingerprint* displayOf(const Workspace& workspace, const WindowInfo& window) {
+    if (!workspace.displayArrangement || !window.monitorID) {
+        return nullptr;
+    }
+    for (const auto& display : workspace.displayArrangement->displayFingerprints) {
+        if (monitorIdentifier(display) == *window.monitorID) {
+            return &display;
+        }
+    }
+    return nullptr;
+}
+
+Json workspaceLayout(const AutomationContext& context, const MethodParams& params) {
+    const auto& workspace = requireWorkspace(context.workspaceService, params.requiredText("name"));
+    Json windows = Json::array();
+    for (const auto& window : workspace.windowInfos) {
+        const auto* display = displayOf(workspace, window);
+        windows.push_back(Json{
+            {"appBundleIdentifier", textOrNull(window.appBundleIdentifier)},
+            {"windowTitle", textOrNull(window.windowTitle)},
+            {"monitorID", textOrNull(window.monitorID)},
+            {"frame", frameJson(window.frame)},
+            {"isFullscreen", window.isFullscreen},
+            {"relativePosition",
+             display ? Json{{"x", display->relativePosition.x}, {"y", display->relativePosition.y}}
+                     : Json(nullptr)},
+            {"windowIndex", window.windowIndex ? Json(*window.windowIndex) : Json(nullptr)},
+            {"screen", display ? Json(displayKey(*display)) : Json(nullptr)},
+            {"newWindowMenuName", textOrNull(window.newWindowMenuName)},
+            {"newWindowItemTitle", textOrNull(window.newWindowItemTitle)},
+        });
+    }
+    Json arrangement = nullptr;
+    if (const auto& saved = workspace.displayArrangement) {
+        Json displays = Json::array();
+        for (const auto& display : saved->displayFingerprints) {
+            displays.push_back(displayJson(display, display == saved->mainDisplayFingerprint));
+        }
+        arrangement = Json{{"displays", std::move(displays)},
+                           {"arrangementFingerprint", saved->arrangementFingerprint}};
+    }
+    const std::size_t count = windows.size();
+    return Json{{"name", workspace.name},
+                {"windowCount", count},
+                {"windows", std::move(windows)},
+                {"savedDisplayArrangement", std::move(arrangement)},
+                {"deeplinks", deeplinksJson(workspace)}};
+}
+
+Json listSpaces(const AutomationContext& context) {
+    auto& manager = context.spaceManager;
+    const auto active = manager.activeSpace().id;
+    const auto entry = [&](const WorkspaceSpace& space, bool isGlobal) {
+        Json object{{"id", space.id.string()},
+                    {"name", space.name},
+                    {"isGlobal", isGlobal},
+                    {"isActive", space.id == active}};
+        if (space.shortcutKeyCode) {
+            object["shortcutKeyCode"] = *space.shortcutKeyCode;
+        }
+        if (space.shortcutModifiers) {
+            object["shortcutModifiers"] = *space.shortcutModifiers;
+        }
+        if (space.folder) {
+            object["folder"] = *space.folder;
+        }
+        return object;
+    };
+    Json spaces = Json::array({entry(manager.globalSpace(), true)});
+    for (const auto& space : manager.spaces()) {
+        spaces.push_back(entry(space, false));
+    }
+    return Json{{"spaces", std::move(spaces)}};
+}
+
+const WorkspaceSpace& requireSpace(const SpaceManager& manager, const std::string& name) {
+    const auto* space = manager.spaceNamed(name);
+    if (!space) {
+        throw MCPError::notFound("space '" + name + "'");
+    }
+    return *space;
+}
+
+Json activateSpace(const AutomationContext& context, const std::string& name) {
+    auto& manager = context.spaceManager;
+    // "Global" names the global space; a stored space can never take that name.
+    const auto id = name == SpaceManager::kGlobalSpaceName
+                        ? std::optional<Uuid>()
+                        : std::optional<Uuid>(requireSpace(manager, name).id);
+    manager.activate(id);
+    const auto& active = manager.activeSpace();
+    return Json{{"active", active.name}, {"id", active.id.string()}};
+}
+
+Json renameWorkspace(const AutomationContext& context, const MethodParams& params) {
+    const auto& workspace = requireWorkspace(context.workspaceService, params.requiredText("name"));
+    const auto newName = params.requiredText("new_name");
+    if (!workspace.id) {
+        throw MCPError::invalidParam("Workspace '" + workspace.name +
+                                     "' has no identifier and cannot be renamed");
+    }
+    const auto id = *workspace.id;
+    if (auto renamed = context.workspaceService.rename(id, newName); !renamed) {
+        throw MCPError::invalidParam(renamed.error());
+    }
+    return Json{{"name", context.workspaceService.workspace(id)->name}};
+}
+
+}  // namespace
+
+void addWorkspaceMethods(MethodTable& table, const SharedContext& context) {
+    table["list_workspaces"] =
+        answeringAtOnce([context](const MethodParams&) { return listWorkspaces(*context); });
+    table["get_workspace_layout"] = answeringAtOnce(
+        [context](const MethodParams& params) { return workspaceLayout(*context, params); });
+    table["delete_workspace"] = answeringAtOnce([context](const MethodParams& params) {
+        const auto name = params.requiredText("name");
+        const auto id = requireWorkspace(context->workspaceService, name).id;
+        if (!context->workspaceService.remove(id)) {
+            throw MCPError::invalidParam("Workspace '" + name +
+                                         "' has no identifier and cannot be deleted");
+        }
+        return Json{{"deleted", name}};
+    });
+    table["rename_workspace"] = answeringAtOnce(
+        [context](const MethodParams& params) { return renameWorkspace(*context, params); });
+    table["list_spaces"] =
+        answeringAtOnce([context](const MethodParams&) { return listSpaces(*context); });
+    table["create_space"] = answeringAtOnce([context](const MethodParams& params) {
+        auto created = context->spaceManager.addSpace(params.requiredText("name"));
+        if (!created) {
+            throw MCPError::invalidParam(created.error());
+        }
+        return Json{{"id", created->id.string()}, {"name", created->name}};
+    });
+    table["delete_space"] = answeringAtOnce([context](const MethodParams& params) {
+        const auto name = params.requiredText("name");
+        context->spaceManager.deleteSpace(requireSpace(context->spaceManager, name).id);
+        return Json{{"deleted", name}};
+    });
+    table["activate_space"] = answeringAtOnce([context](const MethodParams& params) {
+        return activateSpace(*context, params.requiredText("name"));
+    });
+}
+
+}  // namespace corvetta

@@ -1,0 +1,114 @@
+#include "automation_methods_fixture.h"
+#include "workspaces/display_key.h"
+
+namespace corvetta {
+namespace {
+
+using testing_support::AutomationMethodsTest;
+
+class WorkspaceMethodsTest : public AutomationMethodsTest {
+protected:
+    WorkspaceService& workspaces() { return rig->services.workspaceService; }
+
+    // "Coding": an editor window on the built-in display of a recorded arrangement.
+    Workspace coding() {
+        DisplayFingerprint builtIn{.resolution = {1440, 900},
+                                   .isBuiltIn = true,
+                                   .name = "Built-in",
+                                   .persistentUUID = "9A1B2C3D-0000-4000-8000-000000000001"};
+        return Workspace{
+            .id = Uuid::random(),
+            .name = "Coding",
+            .windowInfos = {{.frame = {0, 25, 720, 875},
+                             .monitorID = builtIn.persistentUUID,
+                             .appBundleIdentifier = "com.example.editor",
+                             .windowTitle = "main.cpp",
+                             .windowIndex = 0}},
+            .displayArrangement = DisplayArrangementInfo{.displayFingerprints = {builtIn},
+                                                         .mainDisplayFingerprint = builtIn,
+                                                         .arrangementFingerprint = "1:x:x"},
+            .appDeeplinks = std::map<std::string, std::string>{{"editor#0", "editor://main"}}};
+    }
+};
+
+TEST_F(WorkspaceMethodsTest, ListsAndDescribesSeededWorkspaces) {
+    workspaces().add(coding());
+    workspaces().add(Workspace{.id = Uuid::random(), .name = "Empty"});
+
+    const auto list = result("list_workspaces")["workspaces"];
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0]["windowCount"], 1);
+    EXPECT_EQ(list[0]["deeplinks"], Json::parse(R"({"editor#0": "editor://main"})"));
+    EXPECT_EQ(list[1]["spaceId"], nullptr);
+
+    const auto layout = result("get_workspace_layout", {{"name", "Coding"}});
+    EXPECT_EQ(layout["windowCount"], 1);
+    const auto& window = layout["windows"][0];
+    EXPECT_EQ(window["appBundleIdentifier"], "com.example.editor");
+    EXPECT_EQ(window["windowTitle"], "main.cpp");
+    EXPECT_EQ(window["screen"], displayKey(coding().displayArrangement->displayFingerprints[0]));
+    EXPECT_EQ(window["frame"], Json::parse(R"({"x": 0.0, "y": 25.0, "width": 720.0,
+                                               "height": 875.0})"));
+    const auto& display = layout["savedDisplayArrangement"]["displays"][0];
+    EXPECT_EQ(display["name"], "Built-in");
+    EXPECT_EQ(display["mainDisplay"], true);
+    EXPECT_EQ(result("get_workspace_layout", {{"name", "Empty"}})["savedDisplayArrangement"],
+              nullptr);
+}
+
+TEST_F(WorkspaceMethodsTest, ChangesWorkspacesAndSpacesByName) {
+    workspaces().add(coding());
+    workspaces().add(Workspace{.id = Uuid::random(), .name = "Mail"});
+
+    EXPECT_EQ(result("rename_workspace", {{"name", "Coding"}, {"new_name", " Deep work "}}),
+              Json::parse(R"({"name": "Deep work"})"));
+    const auto created = result("create_space", {{"name", "Work"}});
+    EXPECT_EQ(result("activate_space", {{"name", "Work"}})["active"], "Work");
+    const auto spaces = result("list_spaces")["spaces"];
+    ASSERT_EQ(spaces.size(), 2u);
+    EXPECT_EQ(spaces[0]["name"], "Global");
+    EXPECT_EQ(spaces[0]["isGlobal"], true);
+    EXPECT_EQ(spaces[1]["isActive"], true);
+    EXPECT_EQ(spaces[1]["id"], created["id"]);
+    EXPECT_EQ(result("activate_space", {{"name", "Global"}})["id"], spaces[0]["id"]);
+    EXPECT_EQ(result("delete_space", {{"name", "Work"}}), Json::parse(R"({"deleted": "Work"})"));
+    EXPECT_EQ(result("delete_workspace", {{"name", "Mail"}}),
+              Json::parse(R"({"deleted": "Mail"})"));
+    EXPECT_EQ(workspaces().workspaces().size(), 1u);
+}
+
+// Every refusal answers with the text a client can show, and changes nothing.
+TEST_F(WorkspaceMethodsTest, RefusesUnknownNamesAndInvalidNames) {
+    workspaces().add(coding());
+    workspaces().add(Workspace{.id = Uuid::random(), .name = "Mail"});
+    ASSERT_TRUE(rig->services.spaceManager.addSpace("Work"));
+    struct Case {
+        const char* method;
+        Json params;
+        std::string error;
+    };
+    const Case cases[] = {
+        {"get_workspace_layout", {{"name", "Nope"}}, "Not found: workspace 'Nope'"},
+        {"delete_workspace", {{"name", "Nope"}}, "Not found: workspace 'Nope'"},
+        {"delete_workspace", Json::object(), "Missing required param: name"},
+        {"rename_workspace", {{"name", "Coding"}}, "Missing required param: new_name"},
+        {"rename_workspace",
+         {{"name", "Coding"}, {"new_name", "mail"}},
+         WorkspaceService::kNameTaken},
+        {"rename_workspace",
+         {{"name", "Coding"}, {"new_name", "  "}},
+         WorkspaceService::kNameRequired},
+        {"create_space", {{"name", ""}}, SpaceManager::kNameEmpty},
+        {"create_space", {{"name", "work"}}, SpaceManager::kNameTaken},
+        {"delete_space", {{"name", "Global"}}, "Not found: space 'Global'"},
+        {"activate_space", {{"name", "Play"}}, "Not found: space 'Play'"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(error(c.method, c.params), c.error) << c.method << " " << c.params.dump();
+    }
+    EXPECT_EQ(workspaces().workspaces()[0].name, "Coding");
+    EXPECT_EQ(rig->services.spaceManager.spaces().size(), 1u);
+}
+
+}  // namespace
+}  // namespace corvetta
