@@ -148,6 +148,8 @@ ExportedSettings currentExportedSettings(const Preferences& defaults, const HotK
 AppliedSettings applyExportedSettings(const ExportedSettings& settings, Preferences& defaults,
                                       HotKeyStore& hotKeys) {
     AppliedSettings applied;
+    // Compared with what is in effect, so a default the user never set stays unset.
+    const auto current = currentExportedSettings(defaults, hotKeys);
     for (const auto& [key, value] : settings.values) {
         const auto* row = findExportedSetting(key);
         if (row == nullptr) {
@@ -158,7 +160,7 @@ AppliedSettings applyExportedSettings(const ExportedSettings& settings, Preferen
             applied.skipped.push_back(key + ": " + reason);
             continue;
         }
-        if (defaults.object(key) != value) {
+        if (current.values.at(key) != value) {
             defaults.set(key, value);
             applied.changedKeys.push_back(key);
         }

@@ -48,7 +48,7 @@ struct AppliedSettings {
     std::vector<std::string> skipped;
 };
 
-// Writes every value that differs from the current one; values out of range and unknown
+// Writes every value that differs from the one in effect; values out of range and unknown
 // shortcut names are skipped, never stored.
 AppliedSettings applyExportedSettings(const ExportedSettings& settings, Preferences& defaults,
                                       HotKeyStore& hotKeys);
