@@ -99,12 +99,16 @@ Json saveLayout(const AutomationContext& context, const MethodParams& params) {
     if (name.empty()) {
         throw MCPError::invalidParam("Invalid param name: expected a name that is not blank");
     }
-    if (params.find("space") != nullptr) {
-        throw MCPError::invalidParam(
-            "Invalid param space: layouts cannot be saved into a space yet; leave \"space\" out "
-            "to save a global layout");
+    // A space by name; "Global", like leaving it out, is the global space.
+    std::optional<Uuid> spaceId;
+    if (const auto space = params.optionalText("space");
+        space && *space != SpaceManager::kGlobalSpaceName) {
+        const auto* found = context.spaceManager.spaceNamed(*space);
+        if (found == nullptr) {
+            throw MCPError::notFound("space '" + *space + "'");
+        }
+        spaceId = found->id;
     }
-    const std::optional<Uuid> spaceId;
     CustomLayoutTemplate layout;
     layout.id = Uuid::random();
     layout.name = name;

@@ -44,14 +44,19 @@ TEST_F(LayoutMethodsTest, SaveLayoutRefusesWhatTheBuilderWouldNot) {
         {{{"name", "A"}, {"panes", pane("[[0.5, 0, 0.6, 1]]")}},
          "Invalid param panes: pane 1 reaches outside the unit square (0 <= x, y and x + width, "
          "y + height <= 1)"},
-        {{{"name", "A"}, {"panes", pane("[[0, 0, 1, 1]]")}, {"space", "Work"}},
-         "Invalid param space: layouts cannot be saved into a space yet; leave \"space\" out to "
-         "save a global layout"},
+        {{{"name", "A"}, {"panes", pane("[[0, 0, 1, 1]]")}, {"space", "Home"}},
+         "Not found: space 'Home'"},
+        {{{"name", "wide"}, {"panes", pane("[[0, 0, 1, 1]]")}, {"space", "Work"}},
+         "A layout with this name already exists in this space or the global space."},
     };
+    result("create_space", {{"name", "Work"}});
     for (const auto& c : cases) {
         EXPECT_EQ(error("save_layout", c.params), c.error) << c.params.dump();
     }
-    EXPECT_EQ(result("list_layouts")["layouts"].size(), 1u);
+    const auto saved = result(
+        "save_layout", {{"name", "Tall"}, {"panes", pane("[[0, 0, 1, 1]]")}, {"space", "Work"}});
+    EXPECT_EQ(saved["spaceId"], result("list_spaces")["spaces"][1]["id"]);
+    EXPECT_EQ(result("list_layouts")["layouts"].size(), 2u);
 }
 
 }  // namespace

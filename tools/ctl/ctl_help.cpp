@@ -41,6 +41,13 @@ constexpr MethodHelp kMethods[] = {
     {"create_space", "name=NAME", "create a named space"},
     {"delete_space", "name=NAME", "delete a space; its workspaces move to the global space"},
     {"activate_space", "name=NAME", "make a space active; NAME Global is the global space"},
+    {"export_setup", "path=ABSOLUTE_PATH",
+     "write workspaces, spaces, layouts and settings to a file (into a folder as\n"
+     "Corvetta_Backup_<date-time>.json)"},
+    {"import_preview", "path=ABSOLUTE_PATH",
+     "what importing a set-up file would add; nothing is written"},
+    {"import_setup", "path=ABSOLUTE_PATH",
+     "merge a set-up file in: taken names renamed, nothing existing overwritten"},
     {"get_status", "", "the status message, version and desktop"},
     {"sync", "", "answer once all work queued before it is done and the desktop has caught up"},
     {"simulate",
