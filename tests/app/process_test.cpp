@@ -11,6 +11,7 @@
 
 #include "app/command_line.h"
 #include "automation/socket_client.h"
+#include "foundation/json.h"
 #include "support/child_process.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
@@ -225,6 +226,61 @@ TEST(Process, SimulateChangesTheDesktopTheRunningProgramSees) {
 
     server.signal(SIGTERM);
     EXPECT_EQ(server.waitForExit(), 0) << server.errors();
+}
+
+// Black-box: what the user keeps outlives the program, and a set-up exported in one home imports
+// into another with its identifiers.
+TEST(Process, WhatTheUserKeepsSurvivesARestartAndMovesToAnotherHome) {
+    testing::TemporaryFolder first;
+    testing::TemporaryFolder second;
+    const auto serve = [](const testing::TemporaryFolder& root) {
+        testing::writeTestFile(root / "desk.json",
+                               R"({"displays": [{"id": 1, "frame": [0, 0, 1440, 900]}]})");
+        return start(root, {"--desktop=sim:" + (root / "desk.json").string(), "--socket",
+                            (root / "corvetta.sock").string()});
+    };
+    const auto ready = [](RunningProcess& server) {
+        ASSERT_TRUE(server.waitForError(versionText() + " ready")) << server.errors();
+    };
+    const auto ctl = [](const testing::TemporaryFolder& root, std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--socket", (root / "corvetta.sock").string()});
+        const auto finished = run(root, std::move(arguments), CORVETTA_CTL_BINARY);
+        EXPECT_EQ(finished.code, 0) << finished.err;
+        return Json::parse(finished.out.empty() ? "null" : finished.out);
+    };
+    const auto stop = [](RunningProcess& server) {
+        server.signal(SIGTERM);
+        EXPECT_EQ(server.waitForExit(), 0) << server.errors();
+    };
+
+    {
+        RunningProcess server = serve(first);
+        ready(server);
+        ctl(first, {"create_space", "name=Work"});
+        ctl(first, {"save_layout", "name=Tall", "panes=[[0, 0, 0.5, 1]]", "space=Work"});
+        stop(server);
+    }
+    RunningProcess again = serve(first);
+    ready(again);
+    const auto spaces = ctl(first, {"list_spaces"})["spaces"];
+    ASSERT_EQ(spaces.size(), 2U);
+    EXPECT_EQ(spaces[1]["name"], "Work");
+    EXPECT_EQ(ctl(first, {"list_layouts"})["layouts"].back()["name"], "Tall");
+    const auto exported =
+        ctl(first, {"export_setup", "path=" + first.path().string()})["path"].get<std::string>();
+    stop(again);
+
+    RunningProcess other = serve(second);
+    ready(other);
+    const auto imported = ctl(second, {"import_setup", "path=" + exported});
+    EXPECT_EQ(imported["newSpaces"], 1);
+    const auto otherSpaces = ctl(second, {"list_spaces"})["spaces"];
+    ASSERT_EQ(otherSpaces.size(), 2U);
+    EXPECT_EQ(otherSpaces[1]["id"], spaces[1]["id"]);
+    const auto tall = ctl(second, {"list_layouts"})["layouts"].back();
+    EXPECT_EQ(tall["name"], "Tall");
+    EXPECT_EQ(tall["spaceId"], spaces[1]["id"]);
+    stop(other);
 }
 
 }  // namespace
