@@ -4,6 +4,7 @@
 
 #include "automation/mcp_error.h"
 #include "automation/method_groups.h"
+#include "foundation/names.h"
 #include "layouts/custom_layout_template.h"
 
 namespace corvetta {
@@ -91,11 +92,7 @@ std::vector<Rect> requiredPanes(const MethodParams& params) {
 }
 
 Json saveLayout(const AutomationContext& context, const MethodParams& params) {
-    auto name = params.requiredText("name");
-    const auto first = name.find_first_not_of(" \t\n\r\v\f");
-    name = first == std::string::npos
-               ? std::string()
-               : name.substr(first, name.find_last_not_of(" \t\n\r\v\f") - first + 1);
+    const auto name = trimmedName(params.requiredText("name"));
     if (name.empty()) {
         throw MCPError::invalidParam("Invalid param name: expected a name that is not blank");
     }

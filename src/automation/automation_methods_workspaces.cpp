@@ -3,6 +3,7 @@
 #include "automation/method_support.h"
 #include "workspaces/display_arrangement_capture.h"
 #include "workspaces/display_key.h"
+#include "workspaces/space_json.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_service.h"
 
@@ -111,20 +112,11 @@ Json workspaceLayout(const AutomationContext& context, const MethodParams& param
 Json listSpaces(const AutomationContext& context) {
     auto& manager = context.spaceManager;
     const auto active = manager.activeSpace().id;
+    // The stored record, and where it stands now.
     const auto entry = [&](const WorkspaceSpace& space, bool isGlobal) {
-        Json object{{"id", space.id.string()},
-                    {"name", space.name},
-                    {"isGlobal", isGlobal},
-                    {"isActive", space.id == active}};
-        if (space.shortcutKeyCode) {
-            object["shortcutKeyCode"] = *space.shortcutKeyCode;
-        }
-        if (space.shortcutModifiers) {
-            object["shortcutModifiers"] = *space.shortcutModifiers;
-        }
-        if (space.folder) {
-            object["folder"] = *space.folder;
-        }
+        Json object = workspaceSpaceToJson(space);
+        object["isGlobal"] = isGlobal;
+        object["isActive"] = space.id == active;
         return object;
     };
     Json spaces = Json::array({entry(manager.globalSpace(), true)});

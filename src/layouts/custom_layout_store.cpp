@@ -5,30 +5,13 @@
 #include <utility>
 
 #include "foundation/files.h"
+#include "foundation/names.h"
 #include "foundation/property_value_json.h"
 #include "layouts/custom_layout_template_json.h"
 
 namespace corvetta {
 
 namespace {
-
-std::string lowercased(std::string_view name) {
-    std::string text(name);
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
-        return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    });
-    return text;
-}
-
-// Stored names compare as the builder shows them: without surrounding white space, any case.
-std::string comparableName(std::string_view name) {
-    constexpr std::string_view kWhiteSpace = " \t\n\r\v\f";
-    const auto first = name.find_first_not_of(kWhiteSpace);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return lowercased(name.substr(first, name.find_last_not_of(kWhiteSpace) - first + 1));
-}
 
 // The stored value as document text. The user defaults hold it as data; a hand-edited
 // preferences file may hold the text, or the list itself.
@@ -264,7 +247,7 @@ void CustomLayoutStore::moveLayoutsToGlobal(const Uuid& spaceId) {
 
 bool CustomLayoutStore::isNameTaken(std::string_view name, const std::optional<Uuid>& spaceId,
                                     const std::optional<Uuid>& excluding) const {
-    const auto candidate = lowercased(name);
+    const auto candidate = comparableName(name);
     return std::any_of(layouts_.begin(), layouts_.end(), [&](const auto& layout) {
         const bool inScope = !layout.spaceId || layout.spaceId == spaceId;
         return layout.id != excluding && inScope && comparableName(layout.name) == candidate;

@@ -4,6 +4,8 @@
 #include <array>
 #include <charconv>
 
+#include "foundation/names.h"
+
 namespace corvetta {
 
 namespace {
@@ -34,14 +36,6 @@ bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
 }  // namespace
 
 std::string deeplinkKey(std::string_view bundleID, int windowIndex) {
@@ -67,7 +61,7 @@ bool isTerminalApplication(std::string_view bundleID) {
 }
 
 DeeplinkKind classifyDeeplink(std::string_view bundleID, std::string_view raw) {
-    const auto text = trimmed(raw);
+    const std::string text = trimmedName(raw);
     if (startsWith(text, "http://") || startsWith(text, "https://")) {
         return DeeplinkKind::browserURL;
     }

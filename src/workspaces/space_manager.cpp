@@ -7,27 +7,12 @@
 
 #include "diagnostics/logging_service.h"
 #include "foundation/files.h"
+#include "foundation/names.h"
 #include "workspaces/space_json.h"
 
 namespace corvetta {
 
-namespace {
-
-std::string trimmed(const std::string& text) {
-    const auto isSpace = [](unsigned char c) { return std::isspace(c) != 0; };
-    const auto first = std::find_if_not(text.begin(), text.end(), isSpace);
-    const auto last = std::find_if_not(text.rbegin(), text.rend(), isSpace).base();
-    return first < last ? std::string(first, last) : std::string();
-}
-
-std::string nameKey(const std::string& name) {
-    auto key = trimmed(name);
-    std::transform(key.begin(), key.end(), key.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return key;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 SpaceManager::SpaceManager(WorkspaceService& workspaceService, Preferences& defaults,
                            NotificationCenter& notifications, const Clock& clock,
@@ -111,21 +96,22 @@ const WorkspaceSpace* SpaceManager::space(const Uuid& id) const {
 }
 
 const WorkspaceSpace* SpaceManager::spaceNamed(const std::string& name) const {
-    const auto key = nameKey(name);
+    const auto key = comparableName(name);
     const auto found =
         std::find_if(storedSpaces_.begin(), storedSpaces_.end(),
-                     [&](const WorkspaceSpace& s) { return nameKey(s.name) == key; });
+                     [&](const WorkspaceSpace& s) { return comparableName(s.name) == key; });
     return found == storedSpaces_.end() ? nullptr : &*found;
 }
 
 Expected<std::string, std::string> SpaceManager::validateName(
     const std::string& name, const std::optional<Uuid>& editing) const {
-    auto candidate = trimmed(name);
+    auto candidate = trimmedName(name);
     if (candidate.empty()) {
         return unexpected(std::string(kNameEmpty));
     }
     const auto* existing = spaceNamed(candidate);
-    if ((existing && existing->id != editing) || nameKey(candidate) == nameKey(kGlobalSpaceName)) {
+    if ((existing && existing->id != editing) ||
+        comparableName(candidate) == comparableName(kGlobalSpaceName)) {
         return unexpected(std::string(kNameTaken));
     }
     return candidate;

@@ -6,25 +6,13 @@
 
 #include "diagnostics/logging_service.h"
 #include "foundation/files.h"
+#include "foundation/names.h"
 #include "platform/input_events.h"
 #include "workspaces/workspace_json.h"
 
 namespace corvetta {
 
 namespace {
-
-std::string trimmed(const std::string& text) {
-    const auto isSpace = [](unsigned char c) { return std::isspace(c) != 0; };
-    const auto first = std::find_if_not(text.begin(), text.end(), isSpace);
-    const auto last = std::find_if_not(text.rbegin(), text.rend(), isSpace).base();
-    return first < last ? std::string(first, last) : std::string();
-}
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 // Global workspaces share a scope with every space; named spaces only with themselves.
 bool shareScope(const std::optional<Uuid>& a, const std::optional<Uuid>& b) {
@@ -317,16 +305,16 @@ bool WorkspaceService::updateWorkspaceShortcut(const Uuid& id,
 Expected<std::string, std::string> WorkspaceService::validateName(
     const std::string& name, const std::optional<Uuid>& editing,
     const std::optional<Uuid>& spaceId) const {
-    auto candidate = trimmed(name);
+    auto candidate = trimmedName(name);
     if (candidate.empty()) {
         return unexpected(std::string(kNameRequired));
     }
-    const auto key = lowered(candidate);
+    const auto key = comparableName(candidate);
     for (const auto& other : workspaces_) {
         if (editing && other.id == editing) {
             continue;
         }
-        if (shareScope(other.spaceId, spaceId) && lowered(trimmed(other.name)) == key) {
+        if (shareScope(other.spaceId, spaceId) && comparableName(other.name) == key) {
             logger.warning("Workspace name '" + candidate +
                            "' conflicts with existing workspace '" + other.name + "'");
             return unexpected(std::string(kNameTaken));
