@@ -1,6 +1,7 @@
 #include "app/service_root.h"
 
 #include "app/app_notifications.h"
+#include "app/simulate_method.h"
 #include "automation/automation_methods.h"
 #include "automation/mcp_bridge_service.h"
 #include "foundation/paths.h"
@@ -49,7 +50,11 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                    [this](const std::vector<std::string>& keys) { announceSettingChanges(keys); }),
       displayStability(p.queue.clock(), p.logging),
       displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
-      automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
+      automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
+    if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
+        addSimulateMethod(*automationMethods, *simulated);
+    }
+}
 
 ServiceRoot::~ServiceRoot() = default;
 
@@ -78,7 +83,6 @@ AutomationContext ServiceRoot::automationContext() {
         .desktopDescription = plumbing.desktopDescription,
         .statusMessage = callbacks.statusMessage,
         .shortcutsNotRegistered = callbacks.shortcutsNotRegistered,
-        .simulatedDesktop = dynamic_cast<SimulatedDesktop*>(&plumbing.desktop),
     };
 }
 

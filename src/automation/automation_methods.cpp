@@ -15,9 +15,25 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addNewWindowMethods(methods_, context_);
     addLayoutMethods(methods_, context_);
     addStatusMethods(methods_, context_);
-    addSimulationMethods(methods_, context_);
     addWorkspaceMethods(methods_, context_);
     addSetupMethods(methods_, context_);
+}
+
+void AutomationMethods::add(const std::string& method, MethodHandler handler) {
+    // An answer the method leaves waiting is dropped once this object is gone, as the table's own
+    // methods drop theirs.
+    methods_[method] = [alive = std::weak_ptr<bool>(alive_), handler = std::move(handler)](
+                           const MethodParams& params, MethodReply& reply) {
+        MethodReply guarded = [alive, inner = reply](MethodOutcome outcome) {
+            if (alive.lock()) {
+                inner(std::move(outcome));
+            }
+        };
+        handler(params, guarded);
+        if (!guarded) {
+            reply = nullptr;
+        }
+    };
 }
 
 void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {

@@ -23,8 +23,6 @@
 
 namespace corvetta {
 
-class SimulatedDesktop;
-
 // What the socket's methods act on and report.
 struct AutomationContext {
     Desktop& desktop;
@@ -46,8 +44,6 @@ struct AutomationContext {
     std::function<std::string()> statusMessage;
     // The shortcuts the system refused, as name and combination label ("leftHalf", "⌃⌥←").
     std::function<std::vector<std::pair<std::string, std::string>>()> shortcutsNotRegistered;
-    // The same desktop when it is the simulated one, which "simulate" changes; none elsewhere.
-    SimulatedDesktop* simulatedDesktop = nullptr;
 };
 
 class MethodParams;
@@ -68,6 +64,8 @@ public:
     AutomationMethods& operator=(const AutomationMethods&) = delete;
 
     void dispatch(const std::string& method, const Json& params, MethodReply reply) override;
+    // A method only one desktop has, added by whoever wires that desktop.
+    void add(const std::string& method, MethodHandler handler);
 
 private:
     void run(const std::string& method, const Json& params, MethodReply& reply) const;

@@ -24,8 +24,6 @@ void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 void addLayoutMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
-// simulate, on the simulated desktop only.
-void addSimulationMethods(MethodTable& table, const SharedContext& context);
 // list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
 // create_space, delete_space, activate_space.
 void addWorkspaceMethods(MethodTable& table, const SharedContext& context);

@@ -1,4 +1,4 @@
-// The "simulate" method: the changes a user or the system makes, on the simulated desktop only.
+#include "app/simulate_method.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,8 @@
 #include <set>
 
 #include "automation/mcp_error.h"
-#include "automation/method_groups.h"
+#include "automation/method_params.h"
+#include "foundation/json.h"
 #include "platform/sim/simulated_desktop.h"
 #include "platform/sim/simulated_desktop_file.h"
 
@@ -234,49 +235,39 @@ void applyAtOnce(const Simulation& simulation, SimulatedDesktop& desktop) {
 }
 
 // Quits, then answers once the desktop has delivered what followed from every change.
-void finish(const std::weak_ptr<const AutomationContext>& weak, std::optional<ProcessId> quit,
-            const MethodReply& reply) {
-    const auto context = weak.lock();
-    if (!context) {
-        return;
-    }
+void finish(SimulatedDesktop& desktop, std::optional<ProcessId> quit, const MethodReply& reply) {
     if (quit) {
-        context->simulatedDesktop->quitApplication(*quit);
+        desktop.quitApplication(*quit);
     }
-    context->desktop.synchronize([reply] { reply(Json::object()); });
+    desktop.synchronize([reply] { reply(Json::object()); });
 }
 
-void simulate(const SharedContext& context, const MethodParams& params, MethodReply& reply) {
-    auto& desktop = *context->simulatedDesktop;
+void simulate(SimulatedDesktop& desktop, const MethodParams& params, MethodReply& reply) {
     const Simulation simulation = readSimulation(params, desktop);
     applyAtOnce(simulation, desktop);
-    const std::weak_ptr<const AutomationContext> weak = context;
     if (!simulation.launch) {
-        finish(weak, simulation.quit, std::exchange(reply, nullptr));
+        finish(desktop, simulation.quit, std::exchange(reply, nullptr));
         return;
     }
     // A launch completes on a later turn; the quit waits for it, keeping the order asked for.
-    desktop.launchApplication(*simulation.launch,
-                              [weak, quit = simulation.quit, reply = std::exchange(reply, nullptr)](
-                                  const Expected<RunningApplication, LaunchError>& launched) {
-                                  if (!launched) {
-                                      reply(unexpected(launched.error().message));
-                                      return;
-                                  }
-                                  finish(weak, quit, reply);
-                              });
+    desktop.launchApplication(
+        *simulation.launch,
+        [&desktop, quit = simulation.quit, reply = std::exchange(reply, nullptr)](
+            const Expected<RunningApplication, LaunchError>& launched) {
+            if (!launched) {
+                reply(unexpected(launched.error().message));
+                return;
+            }
+            finish(desktop, quit, reply);
+        });
 }
 
 }  // namespace
 
-void addSimulationMethods(MethodTable& table, const SharedContext& context) {
-    // Elsewhere the method is unknown, answered as any other unknown method.
-    if (context->simulatedDesktop == nullptr) {
-        return;
-    }
-    table["simulate"] = [context](const MethodParams& params, MethodReply& reply) {
-        simulate(context, params, reply);
-    };
+void addSimulateMethod(AutomationMethods& methods, SimulatedDesktop& desktop) {
+    methods.add("simulate", [&desktop](const MethodParams& params, MethodReply& reply) {
+        simulate(desktop, params, reply);
+    });
 }
 
 }  // namespace corvetta
