@@ -53,14 +53,21 @@ TEST(WorkspaceJson, WritesFieldsInOrderAndLeavesAbsentOptionalsOut) {
         R"({"name":"Bare","windowInfos":[{"frame":[[0.0,0.0],[0.0,0.0]],"isFullscreen":false}]})");
 }
 
-TEST(WorkspaceJson, RoundTripsEveryField) {
-    const auto workspace = fullWorkspace();
-    auto encoded = encodeWorkspaces({workspace, Workspace{.name = "Old, no id"}});
+// The list is printed one workspace at a time; the bytes must be those of the whole list printed.
+TEST(WorkspaceJson, RoundTripsEveryFieldAsTheWholeListPrinted) {
+    const std::vector<Workspace> list{fullWorkspace(), {.name = "Old, no id"}};
+    auto encoded = encodeWorkspaces(list);
     ASSERT_TRUE(encoded);
+    Json whole = Json::array();
+    for (const auto& workspace : list) {
+        whole.push_back(workspaceToJson(workspace));
+    }
+    EXPECT_EQ(*encoded, whole.dump(2));
+    EXPECT_EQ(encodeWorkspaces({}).value(), "[]");
     const auto decoded = decodeLossyWorkspaces(*encoded);
     ASSERT_TRUE(decoded);
     EXPECT_EQ(decoded->dropped, 0u);
-    EXPECT_EQ(decoded->workspaces, (std::vector<Workspace>{workspace, {.name = "Old, no id"}}));
+    EXPECT_EQ(decoded->workspaces, list);
 }
 
 // Each element that fails is skipped on its own; the rest of the list survives.
