@@ -78,20 +78,18 @@ TEST(WorkspaceJson, LossyListDropsOnlyTheDamagedWorkspaces) {
         std::string element;
         bool decodes;
     };
+    // clang-format off
     const Case cases[] = {
         {"only frame and isFullscreen", R"({"name": "a", "windowInfos": [)" + window + "]}", true},
-        {"window without frame", R"({"name": "a", "windowInfos": [{"isFullscreen": true}]})",
-         false},
-        {"window without isFullscreen",
-         R"({"name": "a", "windowInfos": [{"frame": [[0, 0], [1, 1]]}]})", false},
+        {"window without frame", R"({"name": "a", "windowInfos": [{"isFullscreen": true}]})", false},
+        {"window without isFullscreen", R"({"name": "a", "windowInfos": [{"frame": [[0, 0], [1, 1]]}]})", false},
         {"no name", R"({"windowInfos": []})", false},
         {"no windowInfos", R"({"name": "a"})", false},
-        {"key code over 16 bits", R"({"name": "a", "windowInfos": [], "shortcutKeyCode": 70000})",
-         false},
-        {"deeplink not text", R"({"name": "a", "windowInfos": [], "appDeeplinks": {"k": 1}})",
-         false},
+        {"key code over 16 bits", R"({"name": "a", "windowInfos": [], "shortcutKeyCode": 70000})", false},
+        {"deeplink not text", R"({"name": "a", "windowInfos": [], "appDeeplinks": {"k": 1}})", false},
         {"not an object", "42", false},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const auto text = R"([{"name": "keep", "windowInfos": []}, )" + c.element + "]";
         const auto decoded = decodeLossyWorkspaces(text);

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "support/temporary_folder.h"
 #include "workspace_store_fixture.h"
 
@@ -11,12 +9,6 @@ using WorkspaceServiceTest = WorkspaceStoreTest;
 const std::string kGood1 = R"({"name": "One", "windowInfos": []})";
 const std::string kGood2 = R"({"name": "Two", "windowInfos": []})";
 const std::string kBroken = R"({"name": "Broken", "windowInfos": [{"isFullscreen": true}]})";
-
-long linesStartingWith(const TestLogging& log, const std::string& prefix) {
-    const auto messages = log.messages();
-    return std::count_if(messages.begin(), messages.end(),
-                         [&](const std::string& m) { return m.starts_with(prefix); });
-}
 
 // What a start finds where the list should be, what it then starts with, and that the next
 // change saves exactly that plus the change.
@@ -133,7 +125,7 @@ TEST_F(WorkspaceServiceTest, SavesEveryChangeWithBackupAndNotificationAndRefusal
     EXPECT_EQ(posted, 5);
     for (const auto* prefix : {"Failed to update workspace: ID", "Failed to delete workspace: ID",
                                "Error encoding workspaces: "}) {
-        EXPECT_EQ(linesStartingWith(log, prefix), 1) << prefix;
+        EXPECT_EQ(loggedStartingWith(prefix), 1) << prefix;
     }
 }
 
@@ -183,11 +175,11 @@ TEST_F(WorkspaceServiceTest, ShortcutsAreSetClearedAndCommandDigitsWarned) {
     EXPECT_EQ(service.workspaces()[0].shortcutModifiers, std::nullopt);
     EXPECT_TRUE(log.contains("Clearing shortcut for workspace 'Keys'"));
     EXPECT_FALSE(service.updateWorkspaceShortcut(Uuid::random(), std::nullopt));
-    EXPECT_EQ(linesStartingWith(log, "Failed to update workspace shortcut: ID"), 1);
+    EXPECT_EQ(loggedStartingWith("Failed to update workspace shortcut: ID"), 1);
     // Command with Shift is not the system's digit shortcut.
     service.updateWorkspaceShortcut(*workspace.id, ShortcutCombo{18, 0x120000});
-    EXPECT_EQ(linesStartingWith(log, "Updating shortcut from keyCode="), 2);
-    EXPECT_EQ(linesStartingWith(log, warning), 1);
+    EXPECT_EQ(loggedStartingWith("Updating shortcut from keyCode="), 2);
+    EXPECT_EQ(loggedStartingWith(warning), 1);
 }
 
 TEST_F(WorkspaceServiceTest, MigrationsRunOnceAndTheActiveSpacePersists) {
@@ -196,10 +188,7 @@ TEST_F(WorkspaceServiceTest, MigrationsRunOnceAndTheActiveSpacePersists) {
     EXPECT_EQ(defaults.boolValue(WorkspaceService::kWorkspaceContextMigrationKey), true);
     auto& again = startWorkspaces();
     EXPECT_EQ(again.activeSpaceId(), Uuid::parse("E621E1F8-C36C-495A-93FC-0C247A3E6E5F"));
-    EXPECT_EQ(linesStartingWith(log,
-                                "V2 migration skipped: spaces are managed in spaces.json by "
-                                "SpaceManager"),
-              1);
+    EXPECT_EQ(loggedStartingWith("V2 migration skipped: spaces are managed in spaces.json"), 1);
     again.setActiveSpaceId(std::nullopt);
     EXPECT_FALSE(defaults.object(WorkspaceService::kActiveSpaceIdKeyV2));
     defaults.set(WorkspaceService::kActiveSpaceIdKeyV2, "not a uuid");
