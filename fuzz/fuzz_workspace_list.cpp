@@ -1,5 +1,5 @@
 // Any stored workspace list must load without crashing, and whatever it loads must be written and
-// read back unchanged.
+// read back unchanged, in the bytes of the whole list printed at once.
 
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +17,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto encoded = encodeWorkspaces(loaded->workspaces);
     if (!encoded) {
         // Only text that is not UTF-8 cannot be written; the parser never lets such text in.
+        std::abort();
+    }
+    Json whole = Json::array();
+    for (const auto& workspace : loaded->workspaces) {
+        whole.push_back(workspaceToJson(workspace));
+    }
+    if (*encoded != whole.dump(2)) {
         std::abort();
     }
     const auto again = decodeLossyWorkspaces(*encoded);

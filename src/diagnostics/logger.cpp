@@ -13,6 +13,10 @@ void Logger::log(LogLevel level, std::string message, const LogCategory& categor
     service_->log(level, serviceName_, category, std::move(message));
 }
 
+bool Logger::wouldLog(LogLevel level) const {
+    return service_->wouldLog(level, defaultCategory_);
+}
+
 void Logger::debug(std::string message) const {
     log(LogLevel::debug, std::move(message), defaultCategory_);
 }

@@ -25,6 +25,10 @@ public:
     void warning(std::string message, const LogCategory& category) const;
     void error(std::string message, const LogCategory& category) const;
 
+    // Whether a message at `level` in the default category would be kept: lets a caller skip
+    // building messages nobody will read.
+    bool wouldLog(LogLevel level) const;
+
     const std::string& serviceName() const { return serviceName_; }
     const LogCategory& defaultCategory() const { return defaultCategory_; }
 

@@ -132,9 +132,23 @@ Expected<Json, JsonParseError> parseJson(std::string_view text) {
     }
 }
 
+namespace {
+
+// Built element by element: an initialiser list copies every element once more, and a saved
+// workspace list holds thousands of frames.
+Json pairOf(Json first, Json second) {
+    Json pair = Json::array();
+    auto& elements = pair.get_ref<Json::array_t&>();
+    elements.reserve(2);
+    elements.push_back(std::move(first));
+    elements.push_back(std::move(second));
+    return pair;
+}
+
+}  // namespace
+
 Json rectToJson(const Rect& rect) {
-    return Json::array({Json::array({rect.origin.x, rect.origin.y}),
-                        Json::array({rect.size.width, rect.size.height})});
+    return pairOf(pairOf(rect.origin.x, rect.origin.y), pairOf(rect.size.width, rect.size.height));
 }
 
 Rect rectFromJson(const Json& value, const std::string& path) {

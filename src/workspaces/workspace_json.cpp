@@ -51,7 +51,9 @@ std::vector<T> arrayOf(const JsonObjectReader& reader, const char* key, Decode e
 }
 
 Json windowInfoToJson(const WindowInfo& window) {
+    constexpr std::size_t kWindowKeys = 9;
     Json object = Json::object();
+    object.get_ref<Json::object_t&>().reserve(kWindowKeys);
     object["frame"] = rectToJson(window.frame);
     putOptional(object, "monitorID", window.monitorID);
     putOptional(object, "appBundleIdentifier", window.appBundleIdentifier);
@@ -173,15 +175,27 @@ Workspace workspaceFromJson(const Json& value, const std::string& path) {
 }
 
 Expected<std::string, std::string> encodeWorkspaces(const std::vector<Workspace>& workspaces) {
-    Json list = Json::array();
-    for (const auto& workspace : workspaces) {
-        list.push_back(workspaceToJson(workspace));
+    if (workspaces.empty()) {
+        return writeJson(Json::array(), JsonStyle::pretty);
     }
+    // The same bytes as the whole list pretty-printed at once, written one workspace at a time:
+    // a document of every workspace costs more to build and tear down than to print, and every
+    // change saves the whole list.
+    constexpr unsigned kIndent = 2;
+    std::string text = "[\n";
+    text.reserve(workspaces.size() * 1536);
+    nlohmann::detail::serializer<Json> printer(
+        nlohmann::detail::output_adapter<char, std::string>(text), ' ');
     try {
-        return writeJson(list, JsonStyle::pretty);
+        for (std::size_t index = 0; index < workspaces.size(); ++index) {
+            text.append(index == 0 ? "" : ",\n").append(kIndent, ' ');
+            printer.dump(workspaceToJson(workspaces[index]), true, false, kIndent, kIndent);
+        }
     } catch (const nlohmann::json::exception& error) {
         return unexpected(std::string(error.what()));
     }
+    text += "\n]";
+    return text;
 }
 
 Expected<LossyWorkspaces, std::string> decodeLossyWorkspaces(std::string_view text) {

@@ -89,9 +89,11 @@ void WorkspaceService::load() {
         logger.warning(std::to_string(decoded->dropped) + " undecodable workspace entries skipped");
         quarantine(*data);
     }
-    for (const auto& workspace : decoded->workspaces) {
-        logger.debug("  Loaded workspace: " + workspace.name);
-        logger.debug("    ID: " + idText(workspace.id));
+    if (logger.wouldLog(LogLevel::debug)) {
+        for (const auto& workspace : decoded->workspaces) {
+            logger.debug("  Loaded workspace: " + workspace.name);
+            logger.debug("    ID: " + idText(workspace.id));
+        }
     }
     workspaces_ = std::move(decoded->workspaces);
 }
@@ -332,8 +334,10 @@ void WorkspaceService::warnAboutSystemShortcut(const Workspace& workspace) const
 
 Expected<void, std::string> WorkspaceService::save() {
     logger.info("Attempting to save " + std::to_string(workspaces_.size()) + " workspaces");
-    for (const auto& workspace : workspaces_) {
-        logger.debug("  Saving workspace: " + workspace.name);
+    if (logger.wouldLog(LogLevel::debug)) {
+        for (const auto& workspace : workspaces_) {
+            logger.debug("  Saving workspace: " + workspace.name);
+        }
     }
     auto encoded = encodeWorkspaces(workspaces_);
     if (!encoded) {

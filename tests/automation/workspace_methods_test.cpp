@@ -43,12 +43,13 @@ TEST_F(WorkspaceMethodsTest, ListsAndDescribesSeededWorkspaces) {
 
     const auto layout = result("get_workspace_layout", {{"name", "Coding"}});
     EXPECT_EQ(layout["windowCount"], 1);
-    const auto& window = layout["windows"][0];
-    EXPECT_EQ(window["appBundleIdentifier"], "com.example.editor");
-    EXPECT_EQ(window["windowTitle"], "main.cpp");
-    EXPECT_EQ(window["screen"], displayKey(coding().displayArrangement->displayFingerprints[0]));
-    EXPECT_EQ(window["frame"], Json::parse(R"({"x": 0.0, "y": 25.0, "width": 720.0,
-                                               "height": 875.0})"));
+    Json window = Json::parse(R"({"appBundleIdentifier": "com.example.editor",
+        "windowTitle": "main.cpp", "monitorID": "9A1B2C3D-0000-4000-8000-000000000001",
+        "frame": {"x": 0.0, "y": 25.0, "width": 720.0, "height": 875.0}, "isFullscreen": false,
+        "relativePosition": {"x": 0.0, "y": 0.0}, "windowIndex": 0, "screen": null,
+        "newWindowMenuName": null, "newWindowItemTitle": null})");
+    window["screen"] = displayKey(coding().displayArrangement->displayFingerprints[0]);
+    EXPECT_EQ(layout["windows"][0], window);
     const auto& display = layout["savedDisplayArrangement"]["displays"][0];
     EXPECT_EQ(display["name"], "Built-in");
     EXPECT_EQ(display["mainDisplay"], true);
@@ -87,22 +88,20 @@ TEST_F(WorkspaceMethodsTest, RefusesUnknownNamesAndInvalidNames) {
         Json params;
         std::string error;
     };
+    // clang-format off
     const Case cases[] = {
         {"get_workspace_layout", {{"name", "Nope"}}, "Not found: workspace 'Nope'"},
         {"delete_workspace", {{"name", "Nope"}}, "Not found: workspace 'Nope'"},
         {"delete_workspace", Json::object(), "Missing required param: name"},
         {"rename_workspace", {{"name", "Coding"}}, "Missing required param: new_name"},
-        {"rename_workspace",
-         {{"name", "Coding"}, {"new_name", "mail"}},
-         WorkspaceService::kNameTaken},
-        {"rename_workspace",
-         {{"name", "Coding"}, {"new_name", "  "}},
-         WorkspaceService::kNameRequired},
+        {"rename_workspace", {{"name", "Coding"}, {"new_name", "mail"}}, WorkspaceService::kNameTaken},
+        {"rename_workspace", {{"name", "Coding"}, {"new_name", "  "}}, WorkspaceService::kNameRequired},
         {"create_space", {{"name", ""}}, SpaceManager::kNameEmpty},
         {"create_space", {{"name", "work"}}, SpaceManager::kNameTaken},
         {"delete_space", {{"name", "Global"}}, "Not found: space 'Global'"},
         {"activate_space", {{"name", "Play"}}, "Not found: space 'Play'"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         EXPECT_EQ(error(c.method, c.params), c.error) << c.method << " " << c.params.dump();
     }

@@ -17,10 +17,7 @@ TEST_F(SpaceManagerTest, ADamagedSpacesFileIsKeptAsideAndGlobalIsStillOffered) {
     ASSERT_EQ(kept.size(), 1u);
     EXPECT_EQ(readTestFile(kept[0]), R"({"spaces": [{"name": "no id"}]})");
     EXPECT_FALSE(std::filesystem::exists(folder / "spaces.json"));
-    const auto messages = log.messages();
-    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const auto& m) {
-        return m.starts_with("Failed to load spaces.json: ");
-    }));
+    EXPECT_EQ(loggedStartingWith("Failed to load spaces.json: "), 1);
     // The workspaces may belong to the quarantined spaces: they keep pointing at them.
     EXPECT_EQ(workspaces->workspaces()[0].spaceId, workspaceSpace);
 }
@@ -79,14 +76,14 @@ TEST_F(SpaceManagerTest, ValidatesNamesAndActivatesKnownSpacesOnly) {
         std::optional<Uuid> editing;
         std::optional<std::string> error;
     };
+    const std::string taken = SpaceManager::kNameTaken;
+    // clang-format off
     const Case cases[] = {
-        {"", std::nullopt, SpaceManager::kNameEmpty},
-        {"  ", std::nullopt, SpaceManager::kNameEmpty},
-        {"work", std::nullopt, SpaceManager::kNameTaken},
-        {"Global", std::nullopt, SpaceManager::kNameTaken},
-        {"work", work.id, std::nullopt},
-        {"Play", std::nullopt, std::nullopt},
+        {"", {}, SpaceManager::kNameEmpty}, {"  ", {}, SpaceManager::kNameEmpty},
+        {"work", {}, taken},                {"Global", {}, taken},
+        {"work", work.id, {}},              {"Play", {}, {}},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const auto result = manager.validateName(c.name, c.editing);
         EXPECT_EQ(result ? std::nullopt : std::optional(result.error()), c.error) << c.name;

@@ -1,6 +1,7 @@
 // workspace_store_fixture.h: Workspace and space stores over a temporary folder, for their tests.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -57,6 +58,11 @@ protected:
             names.push_back(workspace.name);
         }
         return names;
+    }
+    long loggedStartingWith(const std::string& prefix) const {
+        const auto messages = log.messages();
+        return std::count_if(messages.begin(), messages.end(),
+                             [&](const std::string& m) { return m.starts_with(prefix); });
     }
     std::vector<std::filesystem::path> quarantined(const std::string& stem) const {
         std::vector<std::filesystem::path> found;
