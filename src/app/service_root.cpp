@@ -45,6 +45,9 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                    [this](const Uuid& spaceId) { customLayoutStore.moveLayoutsToGlobal(spaceId); }),
       displayStability(p.queue.clock(), p.logging),
       displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
+      workspaceCapture(p.desktop.accessibilityPort(), p.desktop.windowListPort(),
+                       p.desktop.applicationsPort(), p.desktop.screenPort(), p.defaults,
+                       workspaceService, p.queue.clock(), p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {}
 
 ServiceRoot::~ServiceRoot() = default;
@@ -66,6 +69,7 @@ AutomationContext ServiceRoot::automationContext() {
         .windowMover = windowMover,
         .layoutStore = customLayoutStore,
         .workspaceService = workspaceService,
+        .workspaceCapture = workspaceCapture,
         .spaceManager = spaceManager,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,

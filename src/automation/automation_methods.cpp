@@ -17,6 +17,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addStatusMethods(methods_, context_);
     addSimulationMethods(methods_, context_);
     addWorkspaceMethods(methods_, context_);
+    addCaptureMethods(methods_, context_);
 }
 
 void AutomationMethods::dispatch(const std::string& method, const Json& params, MethodReply reply) {

@@ -18,6 +18,7 @@
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
 #include "workspaces/space_manager.h"
+#include "workspaces/workspace_capture.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
@@ -33,6 +34,7 @@ struct AutomationContext {
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
     WorkspaceService& workspaceService;
+    WorkspaceCapture& workspaceCapture;
     SpaceManager& spaceManager;
     Logbook& logbook;
     LoggingService& logging;
