@@ -107,7 +107,8 @@ std::vector<RunningApplication> WorkspaceCapture::applicationsToCapture(
 }
 
 void WorkspaceCapture::addWindowsOf(const RunningApplication& application,
-                                    std::vector<Candidate>& windows) {
+                                    std::vector<Candidate>& windows,
+                                    NewWindowItems& newWindowItems) {
     const auto elements = readAttribute<std::vector<AXElement>>(
         accessibility_, accessibility_.applicationElement(application.processIdentifier),
         AXAttribute::kWindows);
@@ -120,7 +121,6 @@ void WorkspaceCapture::addWindowsOf(const RunningApplication& application,
     int index = static_cast<int>(std::count_if(windows.begin(), windows.end(), [&](const auto& w) {
         return w.info.appBundleIdentifier == bundleIdentifier;
     }));
-    std::optional<std::optional<NewWindowItem>> newWindowItem;
     for (const auto& element : *elements) {
         const auto values = accessibility_.copyMultipleAttributeValues(
             element,
@@ -133,15 +133,21 @@ void WorkspaceCapture::addWindowsOf(const RunningApplication& application,
         if ((subrole && *subrole != kStandardWindowSubrole) || !position || !size) {
             continue;
         }
-        if (!newWindowItem) {
+        // Once per application, not per process: every copy of it has the same menus and the
+        // same desktop entry, and finding the entry reads the installed ones from disk.
+        auto known = newWindowItems.find(bundleIdentifier);
+        if (known == newWindowItems.end()) {
             auto found =
                 findNewWindowItem(accessibility_, applications_, application.processIdentifier);
             if (!found) {
                 logger.debug("No new-window item of " + application.description() + ": " +
                              found.error());
             }
-            newWindowItem = found ? std::move(*found) : std::nullopt;
+            known =
+                newWindowItems.emplace(bundleIdentifier, found ? std::move(*found) : std::nullopt)
+                    .first;
         }
+        const auto& newWindowItem = known->second;
         Candidate candidate;
         WindowInfo& info = candidate.info;
         info.frame = Rect(*position, *size);
@@ -152,9 +158,9 @@ void WorkspaceCapture::addWindowsOf(const RunningApplication& application,
         }
         info.windowTitle = valueOf<std::string>(values[3]).value_or("");
         info.windowIndex = index++;
-        if (*newWindowItem) {
-            info.newWindowMenuName = (*newWindowItem)->menuName;
-            info.newWindowItemTitle = (*newWindowItem)->itemTitle;
+        if (newWindowItem) {
+            info.newWindowMenuName = newWindowItem->menuName;
+            info.newWindowItemTitle = newWindowItem->itemTitle;
         }
         if (const auto number = valueOf<std::int64_t>(values[6])) {
             candidate.number = static_cast<WindowNumber>(*number);
@@ -167,19 +173,22 @@ std::vector<WindowInfo> WorkspaceCapture::captureWindows(
     const std::vector<std::string>& bundleIdentifiers) {
     const auto applications = applicationsToCapture(bundleIdentifiers);
     std::vector<Candidate> candidates;
+    NewWindowItems newWindowItems;
     for (const auto& application : applications) {
-        addWindowsOf(application, candidates);
+        addWindowsOf(application, candidates, newWindowItems);
     }
 
-    // The window server knows the stacking of what is on screen; the rest follows in the
-    // applications' own order.
+    // The window server knows the stacking of what is on screen; minimized windows, and those it
+    // does not list, follow in the applications' own order.
     std::unordered_map<WindowNumber, std::size_t> stacking;
-    const auto onScreen = windowList_.onScreenWindows();
-    for (std::size_t i = 0; i < onScreen.size(); ++i) {
-        stacking.emplace(onScreen[i].number, i);
+    const auto numbers = windowList_.windowNumbersFrontToBack();
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        stacking.emplace(numbers[i], i);
     }
     const auto placeOf = [&](const Candidate& candidate) {
-        const auto found = candidate.number ? stacking.find(*candidate.number) : stacking.end();
+        const auto found = candidate.number && !candidate.info.isMinimized
+                               ? stacking.find(*candidate.number)
+                               : stacking.end();
         return found == stacking.end() ? std::numeric_limits<std::size_t>::max() : found->second;
     };
     std::stable_sort(

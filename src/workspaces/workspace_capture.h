@@ -1,6 +1,8 @@
 // workspace_capture.h: Reads which windows a workspace holds, and saves them as a new workspace.
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "platform/applications.h"
 #include "platform/screen.h"
 #include "platform/window_list.h"
+#include "windowing/new_window_item.h"
 #include "workspaces/workspace.h"
 #include "workspaces/workspace_service.h"
 
@@ -49,9 +52,12 @@ public:
 
 private:
     struct Candidate;
+    // By bundle identifier; none for an application that offers no new-window item.
+    using NewWindowItems = std::map<std::string, std::optional<NewWindowItem>>;
     std::vector<RunningApplication> applicationsToCapture(
         const std::vector<std::string>& bundleIdentifiers) const;
-    void addWindowsOf(const RunningApplication& application, std::vector<Candidate>& windows);
+    void addWindowsOf(const RunningApplication& application, std::vector<Candidate>& windows,
+                      NewWindowItems& newWindowItems);
 
     AccessibilityPort& accessibility_;
     WindowListPort& windowList_;
