@@ -50,6 +50,9 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                    [this](const std::vector<std::string>& keys) { announceSettingChanges(keys); }),
       displayStability(p.queue.clock(), p.logging),
       displayChangeMonitor(p.desktop.screenPort(), p.notifications, p.queue.clock(), p.logging),
+      workspaceCapture(p.desktop.accessibilityPort(), p.desktop.windowListPort(),
+                       p.desktop.applicationsPort(), p.desktop.screenPort(), p.defaults,
+                       workspaceService, p.queue.clock(), p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
     if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
         addSimulateMethod(*automationMethods, *simulated);
@@ -75,6 +78,7 @@ AutomationContext ServiceRoot::automationContext() {
         .windowMover = windowMover,
         .layoutStore = customLayoutStore,
         .workspaceService = workspaceService,
+        .workspaceCapture = workspaceCapture,
         .spaceManager = spaceManager,
         .importExport = importExport,
         .logbook = plumbing.logbook,

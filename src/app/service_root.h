@@ -34,6 +34,7 @@
 #include "workspaces/display_arrangement_stability_service.h"
 #include "workspaces/display_change_monitor_service.h"
 #include "workspaces/space_manager.h"
+#include "workspaces/workspace_capture.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
@@ -131,6 +132,8 @@ public:
     // The display arrangement: the current one, and how it changed from a saved one.
     DisplayArrangementStabilityService displayStability;
     DisplayChangeMonitorService displayChangeMonitor;
+    // Which windows a workspace holds, read from the desktop.
+    WorkspaceCapture workspaceCapture;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

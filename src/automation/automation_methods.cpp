@@ -17,6 +17,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addStatusMethods(methods_, context_);
     addWorkspaceMethods(methods_, context_);
     addSetupMethods(methods_, context_);
+    addCaptureMethods(methods_, context_);
 }
 
 void AutomationMethods::add(const std::string& method, MethodHandler handler) {

@@ -19,6 +19,7 @@
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
 #include "workspaces/space_manager.h"
+#include "workspaces/workspace_capture.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
@@ -32,6 +33,7 @@ struct AutomationContext {
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
     WorkspaceService& workspaceService;
+    WorkspaceCapture& workspaceCapture;
     SpaceManager& spaceManager;
     WorkspaceImportExportService& importExport;
     Logbook& logbook;

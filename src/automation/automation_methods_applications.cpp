@@ -1,9 +1,9 @@
 #include <stdexcept>
 
 #include "automation/mcp_error.h"
-#include "automation/method_ax_reading.h"
 #include "automation/method_groups.h"
 #include "automation/method_support.h"
+#include "windowing/ax_reading.h"
 
 namespace corvetta {
 

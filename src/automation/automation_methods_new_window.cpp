@@ -1,14 +1,12 @@
-#include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <stdexcept>
 #include <variant>
 
 #include "automation/mcp_error.h"
-#include "automation/method_ax_reading.h"
 #include "automation/method_groups.h"
-#include "automation/method_menu_search.h"
 #include "automation/method_support.h"
+#include "windowing/ax_reading.h"
+#include "windowing/new_window_item.h"
 
 namespace corvetta {
 
@@ -22,62 +20,19 @@ constexpr Duration kPollInterval = 100ms;
 constexpr int kPollCount = 50;
 constexpr const char* kTimeoutText = "window did not appear within 5s";
 
-// How an application is asked for a new window: its menu item where it has a menu bar (macOS),
-// else its launcher's action (a Linux desktop entry's "new-window").
-struct NewWindowWay {
-    std::variant<FoundMenuItem, ApplicationAction> how;
-    std::string menuName;
-    std::string itemTitle;
-    std::string shortcut;
-};
-
-std::string simplified(const std::string& text) {
-    std::string result;
-    for (const unsigned char c : text) {
-        if (std::isalnum(c)) {
-            result += static_cast<char>(std::tolower(c));
-        }
-    }
-    return result;
-}
-
-// The action whose identifier is "new-window" (any case, any separators), else the first one
-// named "New Window".
-std::optional<ApplicationAction> newWindowAction(const std::vector<ApplicationAction>& actions) {
-    for (const auto& action : actions) {
-        if (simplified(action.identifier) == "newwindow") {
-            return action;
-        }
-    }
-    for (const auto& action : actions) {
-        if (simplified(action.name) == "newwindow") {
-            return action;
-        }
-    }
-    return std::nullopt;
-}
-
-NewWindowWay requireNewWindowWay(const AutomationContext& context,
-                                 const RunningApplication& application,
-                                 const std::string& bundleIdentifier) {
+NewWindowItem requireNewWindowWay(const AutomationContext& context,
+                                  const RunningApplication& application,
+                                  const std::string& bundleIdentifier) {
     auto found =
-        findNewWindowMenuItem(context.desktop.accessibilityPort(), application.processIdentifier);
+        findNewWindowItem(context.desktop.accessibilityPort(), context.desktop.applicationsPort(),
+                          application.processIdentifier);
     if (!found) {
         throw std::runtime_error(application.localizedName + ": " + found.error());
     }
-    if (*found) {
-        auto item = std::move(**found);
-        auto menuName = item.menuName;
-        auto itemTitle = item.itemTitle;
-        auto shortcut = item.shortcut;
-        return {std::move(item), std::move(menuName), std::move(itemTitle), std::move(shortcut)};
-    }
-    const auto action = newWindowAction(
-        context.desktop.applicationsPort().applicationActions(application.processIdentifier));
-    if (!action) {
+    if (!*found) {
         throw MCPError::notFound("new window menu item of '" + bundleIdentifier + "'");
     }
-    return {*action, action->identifier, action->name, ""};
+    return std::move(**found);
 }
 
 // The windows of every running copy of the application: a new window may come with a new process
@@ -135,7 +90,7 @@ void openNewWindow(const SharedContext& context, const MethodParams& params, Met
     const std::string bundleIdentifier = params.requiredText(kBundleIdParam);
     auto& applications = context->desktop.applicationsPort();
     const auto application = requireRunningApplication(applications, bundleIdentifier);
-    const NewWindowWay way = requireNewWindowWay(*context, application, bundleIdentifier);
+    const NewWindowItem way = requireNewWindowWay(*context, application, bundleIdentifier);
     const auto before = windowCount(*context, bundleIdentifier);
     if (!before) {
         throw std::runtime_error("Cannot read the windows of " + application.localizedName);
@@ -165,7 +120,7 @@ Json discoverNewWindowShortcut(const AutomationContext& context, const MethodPar
     const std::string bundleIdentifier = params.requiredText(kBundleIdParam);
     const auto application =
         requireRunningApplication(context.desktop.applicationsPort(), bundleIdentifier);
-    const NewWindowWay way = requireNewWindowWay(context, application, bundleIdentifier);
+    const NewWindowItem way = requireNewWindowWay(context, application, bundleIdentifier);
     return Json{{"bundleID", bundleIdentifier},
                 {"menuName", way.menuName},
                 {"itemTitle", way.itemTitle},

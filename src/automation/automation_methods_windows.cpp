@@ -3,9 +3,9 @@
 #include <string_view>
 
 #include "automation/mcp_error.h"
-#include "automation/method_ax_reading.h"
 #include "automation/method_groups.h"
 #include "automation/method_support.h"
+#include "windowing/ax_reading.h"
 #include "windowing/window_action_rows.h"
 #include "windowing/window_direction.h"
 #include "workspaces/display_arrangement_capture.h"

@@ -24,6 +24,8 @@ void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 void addLayoutMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
+// capture_workspace, preview_capture.
+void addCaptureMethods(MethodTable& table, const SharedContext& context);
 // list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
 // create_space, delete_space, activate_space.
 void addWorkspaceMethods(MethodTable& table, const SharedContext& context);

@@ -44,6 +44,17 @@ public:
     // The windows on screen, front to back, without desktop elements (the wallpaper, desktop
     // icons). Minimized windows and those of hidden applications are not on screen.
     virtual std::vector<WindowListEntry> onScreenWindows() const = 0;
+
+    // The numbers of those windows, front to back, without the details (what CGWindowListCreate
+    // gives). A backend may answer it more cheaply and then also name windows that are not on
+    // screen, such as minimized ones: it orders windows known otherwise, it does not find them.
+    virtual std::vector<WindowNumber> windowNumbersFrontToBack() const {
+        std::vector<WindowNumber> numbers;
+        for (const auto& entry : onScreenWindows()) {
+            numbers.push_back(entry.number);
+        }
+        return numbers;
+    }
 };
 
 }  // namespace corvetta

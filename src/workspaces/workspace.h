@@ -19,7 +19,6 @@ namespace corvetta {
 struct WindowInfo {
     // Accessibility space: top-left origin of the main display, y downward.
     Rect frame;
-    // Persistent UUID of the display the window stood on.
     // The display's persistent UUID text; a display that has none (no EDID) is named by its
     // display key instead, so windows on it still find their display again.
     std::optional<std::string> monitorID;
@@ -33,6 +32,9 @@ struct WindowInfo {
     // The menu holding the application's "new window" item, and that item.
     std::optional<std::string> newWindowMenuName;
     std::optional<std::string> newWindowItemTitle;
+    // Present (true) only for a window that was minimized, so records of ordinary windows stay
+    // the ones a Mac writes.
+    std::optional<bool> isMinimized;
 
     bool operator==(const WindowInfo&) const = default;
 };

@@ -63,6 +63,7 @@ Json windowInfoToJson(const WindowInfo& window) {
     putOptional(object, "windowIndex", window.windowIndex);
     putOptional(object, "newWindowMenuName", window.newWindowMenuName);
     putOptional(object, "newWindowItemTitle", window.newWindowItemTitle);
+    putOptional(object, "isMinimized", window.isMinimized);
     return object;
 }
 
@@ -78,6 +79,7 @@ WindowInfo windowInfoFromJson(const Json& value, const std::string& path) {
     window.windowIndex = reader.getOptional<int>("windowIndex");
     window.newWindowMenuName = reader.getOptional<std::string>("newWindowMenuName");
     window.newWindowItemTitle = reader.getOptional<std::string>("newWindowItemTitle");
+    window.isMinimized = reader.getOptional<bool>("isMinimized");
     return window;
 }
 

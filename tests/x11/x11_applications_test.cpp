@@ -65,12 +65,18 @@ TEST_F(X11ApplicationsTest, WindowListGoesFrontToBackWithFramesInAccessibilitySp
     EXPECT_EQ(main->title, "main.cpp — Editor");
     const auto terminalEntry = std::ranges::find(entries, terminal, &WindowListEntry::number);
     EXPECT_EQ(terminalEntry->title, "shell") << "WM_NAME when there is no _NET_WM_NAME";
+    std::vector<WindowNumber> numbers;
+    for (const auto& entry : entries) {
+        numbers.push_back(entry.number);
+    }
+    EXPECT_EQ(windowList.windowNumbersFrontToBack(), numbers);
 
     // Minimized windows are not on screen, and their application is hidden once the window
     // announces it.
     EXPECT_FALSE(applications.runningApplication(kTerminal)->isHidden);
     ASSERT_TRUE(applications.hide(static_cast<ProcessId>(kTerminal)));
     ASSERT_TRUE(fixture.runUntil([&] { return windowList.onScreenWindows().size() == 2; }));
+    EXPECT_EQ(windowList.windowNumbersFrontToBack().size(), 3u) << "the stacking list keeps it";
     EXPECT_TRUE(
         fixture.runUntil([&] { return applications.runningApplication(kTerminal)->isHidden; }));
 }

@@ -35,6 +35,10 @@ constexpr MethodHelp kMethods[] = {
      "its lower-left corner, in fill order"},
     {"list_workspaces", "", "the saved workspaces with their window counts and spaces"},
     {"get_workspace_layout", "name=NAME", "a workspace's windows and the displays saved with it"},
+    {"capture_workspace", "name=NAME [bundle_ids=[ID,...]]",
+     "save the windows on screen (and minimized ones) as a new workspace; a taken name is\n"
+     "refused, not overwritten; bundle_ids keeps only those applications"},
+    {"preview_capture", "[bundle_ids=[ID,...]]", "the windows a capture would save, nothing saved"},
     {"delete_workspace", "name=NAME", "delete a saved workspace"},
     {"rename_workspace", "name=NAME new_name=NAME", "rename a workspace within its space"},
     {"list_spaces", "", "the spaces, the global space first, with the active one marked"},

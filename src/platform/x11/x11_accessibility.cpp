@@ -77,11 +77,14 @@ const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window
     const auto hintsCookie =
         properties_.request(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS);
     const auto titleCookies = properties_.requestTitle(window);
+    const auto typesCookie = properties_.request(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
     auto frame = properties_.outerFrameOf(frameCookies);
     auto states = properties_.valuesOf(statesCookie, XCB_ATOM_ATOM);
     auto hints = sizeHintsOf(hintsCookie);
     auto title = properties_.titleOf(titleCookies);
-    reading_ = Reading{window, std::move(frame), std::move(states), hints, std::move(title)};
+    auto types = properties_.valuesOf(typesCookie, XCB_ATOM_ATOM);
+    reading_ = Reading{window, std::move(frame), std::move(states),
+                       hints,  std::move(title), std::move(types)};
     return *reading_;
 }
 
@@ -177,7 +180,7 @@ Expected<AXValue, AXErrorCode> X11Accessibility::windowAttribute(ProcessId proce
         return AXValue(*title);
     }
     if (attribute == AXAttribute::kSubrole) {
-        auto types = properties_.values(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
+        const auto& types = readingOf(window).types;
         if (!types) {
             return unexpected(errorOf(types.error()));
         }

@@ -27,11 +27,11 @@ namespace corvetta {
 // property changes are taken as the answer. X has no permission to grant: every process is
 // trusted.
 //
-// A window's frame, states, size hints and title are read together, in one round trip, and that
-// reading serves every read of the window until this program asks the window manager for anything
-// or an event other than input arrives: a key press reads the window several times (to place it,
-// to check it is not full screen, before every set, to verify). The window is watched from the
-// reading on, and the window manager announces every change of its frame to it (a real
+// A window's frame, states, size hints, title and type are read together, in one round trip, and
+// that reading serves every read of the window until this program asks the window manager for
+// anything or an event other than input arrives: a key press reads the window several times (to
+// place it, to check it is not full screen, before every set, to verify). The window is watched
+// from the reading on, and the window manager announces every change of its frame to it (a real
 // ConfigureNotify when it resizes, a synthetic one when it only moves, as ICCCM asks), its
 // properties announce themselves; what comes from outside (the socket) synchronizes first.
 class X11Accessibility final : public AccessibilityPort {
@@ -62,6 +62,8 @@ private:
         Expected<std::vector<xcb_atom_t>, X11Error> states;
         std::optional<X11SizeHints> hints;
         Expected<std::string, X11Error> title;
+        // _NET_WM_WINDOW_TYPE, for "AXSubrole".
+        Expected<std::vector<xcb_atom_t>, X11Error> types;
     };
     const Reading& readingOf(xcb_window_t window);
     void forgetReading() { reading_.reset(); }

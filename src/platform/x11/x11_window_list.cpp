@@ -23,6 +23,15 @@ std::vector<WindowListEntry> X11WindowList::onScreenWindows() const {
     return result;
 }
 
+std::vector<WindowNumber> X11WindowList::windowNumbersFrontToBack() const {
+    auto stacking =
+        properties_.values(connection_.root(), "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
+    if (!stacking) {
+        return {};
+    }
+    return {stacking->rbegin(), stacking->rend()};
+}
+
 std::optional<WindowListEntry> X11WindowList::entryOf(xcb_window_t window,
                                                       const X11Coordinates& coordinates) const {
     // Any read failing means the window went away while we looked; it is simply not listed.

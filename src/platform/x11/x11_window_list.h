@@ -21,6 +21,8 @@ public:
         : connection_(connection), screens_(screens), properties_(connection) {}
 
     std::vector<WindowListEntry> onScreenWindows() const override;
+    // The stacking list alone, one round trip; minimized windows are in it too.
+    std::vector<WindowNumber> windowNumbersFrontToBack() const override;
 
 private:
     std::optional<WindowListEntry> entryOf(xcb_window_t window,

@@ -1,12 +1,12 @@
-#include "automation/method_menu_search.h"
+#include "windowing/new_window_item.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
 #include <vector>
 
-#include "automation/method_ax_reading.h"
 #include "platform/accessibility_menus.h"
+#include "windowing/ax_reading.h"
 
 namespace corvetta {
 
@@ -56,6 +56,16 @@ Rank rankOf(const std::string& title, const std::string& key, std::int64_t modif
         return Rank::newPrefix;
     }
     return Rank::none;
+}
+
+std::string simplified(const std::string& text) {
+    std::string result;
+    for (const unsigned char c : text) {
+        if (std::isalnum(c)) {
+            result += static_cast<char>(std::tolower(c));
+        }
+    }
+    return result;
 }
 
 std::vector<AXElement> children(AccessibilityPort& accessibility, const AXElement& element) {
@@ -117,6 +127,42 @@ Expected<std::optional<FoundMenuItem>, std::string> findNewWindowMenuItem(
         }
     }
     return best;
+}
+
+std::optional<ApplicationAction> newWindowAction(const std::vector<ApplicationAction>& actions) {
+    for (const auto& action : actions) {
+        if (simplified(action.identifier) == "newwindow") {
+            return action;
+        }
+    }
+    for (const auto& action : actions) {
+        if (simplified(action.name) == "newwindow") {
+            return action;
+        }
+    }
+    return std::nullopt;
+}
+
+Expected<std::optional<NewWindowItem>, std::string> findNewWindowItem(
+    AccessibilityPort& accessibility, const ApplicationsPort& applications, ProcessId application) {
+    auto found = findNewWindowMenuItem(accessibility, application);
+    if (!found) {
+        return unexpected(found.error());
+    }
+    if (*found) {
+        auto item = std::move(**found);
+        auto menuName = item.menuName;
+        auto itemTitle = item.itemTitle;
+        auto shortcut = item.shortcut;
+        return std::optional<NewWindowItem>(NewWindowItem{
+            std::move(item), std::move(menuName), std::move(itemTitle), std::move(shortcut)});
+    }
+    const auto action = newWindowAction(applications.applicationActions(application));
+    if (!action) {
+        return std::optional<NewWindowItem>();
+    }
+    return std::optional<NewWindowItem>(
+        NewWindowItem{*action, action->identifier, action->name, ""});
 }
 
 }  // namespace corvetta

@@ -1,4 +1,4 @@
-// method_ax_reading.h: Typed accessibility reads the socket methods share, a frame among them.
+// ax_reading.h: Typed reads through the accessibility port, a window's frame among them.
 #pragma once
 
 #include <string_view>
