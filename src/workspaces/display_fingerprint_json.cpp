@@ -42,11 +42,7 @@ Json displayArrangementToJson(const DisplayArrangementInfo& arrangement) {
             displayFingerprintToJson(*arrangement.mainDisplayFingerprint);
     }
     object["arrangementFingerprint"] = arrangement.arrangementFingerprint;
-    Json heights = Json::object();
-    for (const auto& [monitor, height] : arrangement.monitorDisplayHeights) {
-        heights[monitor] = height;
-    }
-    object["monitorDisplayHeights"] = std::move(heights);
+    object["monitorDisplayHeights"] = arrangement.monitorDisplayHeights;
     return object;
 }
 

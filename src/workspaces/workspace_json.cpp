@@ -144,11 +144,7 @@ Json workspaceToJson(const Workspace& workspace) {
     putOptional(object, "spaceId", workspace.spaceId);
     putOptional(object, "folder", workspace.folder);
     if (workspace.appDeeplinks) {
-        Json links = Json::object();
-        for (const auto& [key, link] : *workspace.appDeeplinks) {
-            links[key] = link;
-        }
-        object["appDeeplinks"] = std::move(links);
+        object["appDeeplinks"] = *workspace.appDeeplinks;
     }
     return object;
 }
