@@ -35,6 +35,7 @@
 #include "workspaces/display_change_monitor_service.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_capture.h"
+#include "workspaces/workspace_restoration.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
@@ -134,6 +135,8 @@ public:
     DisplayChangeMonitorService displayChangeMonitor;
     // Which windows a workspace holds, read from the desktop.
     WorkspaceCapture workspaceCapture;
+    // Puts a saved workspace back.
+    WorkspaceRestoration workspaceRestoration;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

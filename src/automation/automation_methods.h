@@ -20,6 +20,7 @@
 #include "windowing/window_snapping_service.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_capture.h"
+#include "workspaces/workspace_restorer.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
@@ -34,6 +35,7 @@ struct AutomationContext {
     CustomLayoutStore& layoutStore;
     WorkspaceService& workspaceService;
     WorkspaceCapture& workspaceCapture;
+    WorkspaceRestorer& restorer;
     SpaceManager& spaceManager;
     WorkspaceImportExportService& importExport;
     Logbook& logbook;

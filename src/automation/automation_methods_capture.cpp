@@ -66,6 +66,32 @@ Json captureWorkspace(const AutomationContext& context, const MethodParams& para
                 {"windowCount", captured->windowInfos.size()}};
 }
 
+Json reportJson(const RestoreReport& report) {
+    return Json{{"name", report.workspaceName},
+                {"windowsSaved", report.windowsSaved},
+                {"windowsPlaced", report.windowsPlaced},
+                {"windowsOpened", report.windowsOpened},
+                {"failedApps", report.failedApplications},
+                {"deeplinksOpened", report.deeplinksOpened},
+                {"deeplinksRaised", report.deeplinksRaised},
+                {"summary", report.summary}};
+}
+
+// Answers once the restoration has finished: the client learns what was done, not that it began.
+void restoreWorkspace(const SharedContext& context, const MethodParams& params,
+                      MethodReply& reply) {
+    const Workspace& workspace =
+        requireWorkspace(context->workspaceService, params.requiredText("name"));
+    context->restorer.restore(workspace, RestoreTrigger::user,
+                              [reply = std::exchange(reply, nullptr)](const RestoreReport& done) {
+                                  if (!done.began) {
+                                      reply(unexpected(done.summary));
+                                      return;
+                                  }
+                                  reply(reportJson(done));
+                              });
+}
+
 }  // namespace
 
 void addCaptureMethods(MethodTable& table, const SharedContext& context) {
@@ -73,6 +99,9 @@ void addCaptureMethods(MethodTable& table, const SharedContext& context) {
         [context](const MethodParams& params) { return captureWorkspace(*context, params); });
     table["preview_capture"] = answeringAtOnce(
         [context](const MethodParams& params) { return previewCapture(*context, params); });
+    table["restore_workspace"] = [context](const MethodParams& params, MethodReply& reply) {
+        restoreWorkspace(context, params, reply);
+    };
 }
 
 }  // namespace corvetta

@@ -42,7 +42,9 @@ Json getStatus(const AutomationContext& context) {
     return Json{{"statusMessage", context.statusMessage ? context.statusMessage() : ""},
                 {"version", context.version},
                 {"desktop", context.desktopDescription},
-                {"shortcutsNotRegistered", std::move(notRegistered)}};
+                {"shortcutsNotRegistered", std::move(notRegistered)},
+                {"isRestoring", context.restorer.isRestoring()},
+                {"restorationStatusMessage", context.restorer.restorationStatusMessage()}};
 }
 
 // Answers once the work queued before it has run, every window move under way has finished and

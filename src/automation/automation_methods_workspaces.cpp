@@ -25,14 +25,6 @@ Json deeplinksJson(const Workspace& workspace) {
     return links;
 }
 
-const Workspace& requireWorkspace(const WorkspaceService& service, const std::string& name) {
-    const auto* workspace = service.workspaceNamed(name);
-    if (!workspace) {
-        throw MCPError::notFound("workspace '" + name + "'");
-    }
-    return *workspace;
-}
-
 Json listWorkspaces(const AutomationContext& context) {
     Json entries = Json::array();
     for (const auto& workspace : context.workspaceService.workspaces()) {

@@ -24,7 +24,7 @@ void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 void addLayoutMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
-// capture_workspace, preview_capture.
+// capture_workspace, preview_capture, restore_workspace.
 void addCaptureMethods(MethodTable& table, const SharedContext& context);
 // list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
 // create_space, delete_space, activate_space.

@@ -39,4 +39,12 @@ RunningApplication requireRunningApplication(const ApplicationsPort& application
     return requireRunningApplication(applications, params.requiredText("bundle_id"));
 }
 
+const Workspace& requireWorkspace(const WorkspaceService& service, const std::string& name) {
+    const auto* workspace = service.workspaceNamed(name);
+    if (!workspace) {
+        throw MCPError::notFound("workspace '" + name + "'");
+    }
+    return *workspace;
+}
+
 }  // namespace corvetta

@@ -10,6 +10,7 @@
 #include "foundation/json.h"
 #include "platform/applications.h"
 #include "platform/screen.h"
+#include "workspaces/workspace_service.h"
 
 namespace corvetta {
 
@@ -26,5 +27,7 @@ RunningApplication requireRunningApplication(const ApplicationsPort& application
 // The same for the identifier in the "bundle_id" param, which is required.
 RunningApplication requireRunningApplication(const ApplicationsPort& applications,
                                              const MethodParams& params);
+// The workspace with exactly that name; throws MCPError::notFound ("workspace '<name>'").
+const Workspace& requireWorkspace(const WorkspaceService& service, const std::string& name);
 
 }  // namespace corvetta

@@ -7,11 +7,11 @@
 #include <optional>
 #include <unordered_map>
 
-#include "windowing/ax_reading.h"
 #include "windowing/new_window_item.h"
 #include "windowing/system_surfaces.h"
 #include "workspaces/display_arrangement_capture.h"
 #include "workspaces/display_migration.h"
+#include "workspaces/live_windows.h"
 
 namespace corvetta {
 
@@ -27,17 +27,6 @@ bool containsIgnoringCase(const std::vector<std::string>& list, const std::strin
     const std::string key = lowered(text);
     return std::any_of(list.begin(), list.end(),
                        [&](const std::string& entry) { return lowered(entry) == key; });
-}
-
-template <class T>
-std::optional<T> valueOf(const Expected<AXValue, AXErrorCode>& read) {
-    if (!read) {
-        return std::nullopt;
-    }
-    if (const auto* value = std::get_if<T>(&*read)) {
-        return *value;
-    }
-    return std::nullopt;
 }
 
 // The displays in accessibility space, with the ids windows name them by.
@@ -109,62 +98,49 @@ std::vector<RunningApplication> WorkspaceCapture::applicationsToCapture(
 void WorkspaceCapture::addWindowsOf(const RunningApplication& application,
                                     std::vector<Candidate>& windows,
                                     NewWindowItems& newWindowItems) {
-    const auto elements = readAttribute<std::vector<AXElement>>(
-        accessibility_, accessibility_.applicationElement(application.processIdentifier),
-        AXAttribute::kWindows);
-    if (!elements) {
+    const auto live = standardWindowsOf(accessibility_, application.processIdentifier);
+    if (!live) {
         logger.warning("Skipping " + application.description() +
-                       ": cannot read its windows: " + describe(elements.error()));
+                       ": cannot read its windows: " + describe(live.error()));
         return;
     }
     const std::string& bundleIdentifier = *application.bundleIdentifier;
     int index = static_cast<int>(std::count_if(windows.begin(), windows.end(), [&](const auto& w) {
         return w.info.appBundleIdentifier == bundleIdentifier;
     }));
-    for (const auto& element : *elements) {
-        const auto values = accessibility_.copyMultipleAttributeValues(
-            element,
-            {AXAttribute::kSubrole, AXAttribute::kPosition, AXAttribute::kSize, AXAttribute::kTitle,
-             AXAttribute::kMinimized, AXAttribute::kFullScreen, AXAttribute::kWindowId});
-        const auto subrole = valueOf<std::string>(values[0]);
-        const auto position = valueOf<Point>(values[1]);
-        const auto size = valueOf<Size>(values[2]);
-        // A window that names no subrole is taken as a standard one; dialogs and panels say so.
-        if ((subrole && *subrole != kStandardWindowSubrole) || !position || !size) {
-            continue;
+    if (live->empty()) {
+        return;
+    }
+    // Once per application, not per process: every copy of it has the same menus and the same
+    // desktop entry, and finding the entry reads the installed ones from disk.
+    auto known = newWindowItems.find(bundleIdentifier);
+    if (known == newWindowItems.end()) {
+        auto found =
+            findNewWindowItem(accessibility_, applications_, application.processIdentifier);
+        if (!found) {
+            logger.debug("No new-window item of " + application.description() + ": " +
+                         found.error());
         }
-        // Once per application, not per process: every copy of it has the same menus and the
-        // same desktop entry, and finding the entry reads the installed ones from disk.
-        auto known = newWindowItems.find(bundleIdentifier);
-        if (known == newWindowItems.end()) {
-            auto found =
-                findNewWindowItem(accessibility_, applications_, application.processIdentifier);
-            if (!found) {
-                logger.debug("No new-window item of " + application.description() + ": " +
-                             found.error());
-            }
-            known =
-                newWindowItems.emplace(bundleIdentifier, found ? std::move(*found) : std::nullopt)
+        known = newWindowItems.emplace(bundleIdentifier, found ? std::move(*found) : std::nullopt)
                     .first;
-        }
-        const auto& newWindowItem = known->second;
+    }
+    const auto& newWindowItem = known->second;
+    for (const auto& window : *live) {
         Candidate candidate;
         WindowInfo& info = candidate.info;
-        info.frame = Rect(*position, *size);
+        info.frame = window.frame;
         info.appBundleIdentifier = bundleIdentifier;
-        info.isFullscreen = valueOf<bool>(values[5]).value_or(false);
-        if (valueOf<bool>(values[4]).value_or(false)) {
+        info.isFullscreen = window.isFullscreen;
+        if (window.isMinimized) {
             info.isMinimized = true;
         }
-        info.windowTitle = valueOf<std::string>(values[3]).value_or("");
+        info.windowTitle = window.title;
         info.windowIndex = index++;
         if (newWindowItem) {
             info.newWindowMenuName = newWindowItem->menuName;
             info.newWindowItemTitle = newWindowItem->itemTitle;
         }
-        if (const auto number = valueOf<std::int64_t>(values[6])) {
-            candidate.number = static_cast<WindowNumber>(*number);
-        }
+        candidate.number = window.number;
         windows.push_back(std::move(candidate));
     }
 }

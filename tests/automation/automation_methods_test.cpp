@@ -49,7 +49,8 @@ TEST_F(AutomationMethodsTest, ReadingMethodsDescribeTheDesktop) {
               Json::parse(R"({"statusMessage": "Ready", "version": "Corvetta 0.1.0",
                               "desktop": "simulated desktop test.json",
                               "shortcutsNotRegistered": [{"name": "leftHalf",
-                                                          "combination": "⌃⌥←"}]})"));
+                                                          "combination": "⌃⌥←"}],
+                              "isRestoring": false, "restorationStatusMessage": ""})"));
 
     const Json inspected = result("inspect_app_windows", {{"bundle_id", "com.example.editor"}});
     EXPECT_EQ(inspected["appName"], "editor");

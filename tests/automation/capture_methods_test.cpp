@@ -26,6 +26,18 @@ TEST_F(CaptureMethodsTest, CapturesTheWindowsIntoANewWorkspaceWithTheDisplays) {
     EXPECT_EQ(desk.windowInfos.back().isMinimized, true);
 }
 
+TEST_F(CaptureMethodsTest, RestoresANamedWorkspaceAndAnswersWithWhatItDid) {
+    result("capture_workspace", {{"name", "Desk"}});
+    const Json restored = result("restore_workspace", {{"name", "Desk"}});
+    EXPECT_EQ(restored["name"], "Desk");
+    EXPECT_EQ(restored["windowsSaved"], 3);
+    EXPECT_EQ(restored["windowsPlaced"], 3);
+    EXPECT_EQ(restored["failedApps"], Json::array());
+    EXPECT_EQ(restored["summary"], "Restored 'Desk': 3 of 3 windows placed");
+    EXPECT_EQ(error("restore_workspace", {{"name", "desk"}}), "Not found: workspace 'desk'");
+    EXPECT_EQ(error("restore_workspace"), "Missing required param: name");
+}
+
 TEST_F(CaptureMethodsTest, PreviewsWithoutSaving) {
     const auto preview = result("preview_capture", {{"bundle_ids", {"com.example.terminal"}}});
     EXPECT_EQ(preview["windowCount"], 1);

@@ -39,6 +39,9 @@ constexpr MethodHelp kMethods[] = {
      "save the windows on screen (and minimized ones) as a new workspace; a taken name is\n"
      "refused, not overwritten; bundle_ids keeps only those applications"},
     {"preview_capture", "[bundle_ids=[ID,...]]", "the windows a capture would save, nothing saved"},
+    {"restore_workspace", "name=NAME",
+     "put a workspace's windows back (launching missing applications, opening missing\n"
+     "windows); answers when done, with how many windows were placed"},
     {"delete_workspace", "name=NAME", "delete a saved workspace"},
     {"rename_workspace", "name=NAME new_name=NAME", "rename a workspace within its space"},
     {"list_spaces", "", "the spaces, the global space first, with the active one marked"},
