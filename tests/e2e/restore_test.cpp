@@ -1,0 +1,89 @@
+// Workspaces on a real X server: captured, disturbed by the user, put back by the real program,
+// with windows reopened through desktop entries and applications launched through them.
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "e2e_desktop.h"
+#include "support/running_process.h"
+#include "support/temporary_folder.h"
+
+namespace corvetta::testing {
+namespace {
+
+using ::testing::HasSubstr;
+
+class RestoreOnX11 : public E2eDesktop {
+protected:
+    // A desktop entry of our own whose ID is the client's class, as a real application's is,
+    // with a "new-window" action.
+    void installEntry(const std::string& name, const std::string& title) {
+        const std::string client = std::string(CORVETTA_TEST_CLIENT_BINARY) + " --class " + name;
+        writeTestFile(dataHome() / "applications" / (name + ".desktop"),
+                      "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + client +
+                          " --title " + title + " --geometry 500x400+60+60\n" +
+                          "Actions=new-window;\n[Desktop Action new-window]\nName=New Window\n" +
+                          "Exec=" + client + " --title Another --geometry 300x200+20+20\n");
+    }
+
+    void moveWith(uint32_t window, int x, int y, int width, int height) {
+        RunningProcess wmctrl({"wmctrl", "-i", "-r", std::to_string(window), "-e",
+                               "0," + std::to_string(x) + "," + std::to_string(y) + "," +
+                                   std::to_string(width) + "," + std::to_string(height)},
+                              environment());
+        EXPECT_EQ(wmctrl.waitForExit(), 0);
+    }
+};
+
+TEST_F(RestoreOnX11, MovedClosedAndQuitWindowsComeBackWithoutDuplicates) {
+    startDesktop({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
+    installEntry("CorvettaEditor", "Editor");
+    installEntry("CorvettaNotes", "Notes");
+    startCorvetta();
+    const uint32_t left = startClient(
+        {"--class", "CorvettaEditor", "--title", "left", "--geometry", "600x500+100+80"});
+    const uint32_t right = startClient(
+        {"--class", "CorvettaEditor", "--title", "right", "--geometry", "700x600+1500+200"});
+    const uint32_t notes = startClient(
+        {"--class", "CorvettaNotes", "--title", "todo", "--geometry", "400x300+2400+500"});
+    sync();
+    const XFrame leftFrame = frameOf(left), rightFrame = frameOf(right),
+                 notesFrame = frameOf(notes);
+    ASSERT_THAT(request("capture_workspace", R"({"name":"Work"})"),
+                HasSubstr(R"("windowCount":3)"));
+
+    // The user moves one window, closes another, and quits the notes application.
+    moveWith(left, 700, 300, 300, 200);
+    killClient(right);
+    killClient(notes);
+    sync();
+
+    const std::string answer = request("restore_workspace", R"({"name":"Work"})");
+    EXPECT_THAT(answer, HasSubstr(R"("windowsPlaced":3)")) << answer;
+    EXPECT_THAT(answer, HasSubstr(R"("windowsOpened":1)")) << answer;
+    EXPECT_THAT(answer, HasSubstr(R"("failedApps":[])")) << answer;
+    sync();
+
+    EXPECT_EQ(frameOf(left), leftFrame);
+    // The closed window came back through the entry's action, where "right" stood.
+    const auto another = x().waitForWindowTitled("Another");
+    ASSERT_TRUE(another);
+    EXPECT_EQ(frameOf(*another), rightFrame);
+    // The quit application was launched through its entry, once, and put where "todo" stood.
+    const auto relaunched = x().waitForWindowTitled("Notes");
+    ASSERT_TRUE(relaunched);
+    EXPECT_EQ(frameOf(*relaunched), notesFrame);
+    EXPECT_EQ(x().managedWindows().size(), 3U);
+
+    // Nothing moved: restoring again places the same windows and opens none.
+    const std::string again = request("restore_workspace", R"({"name":"Work"})");
+    EXPECT_THAT(again, HasSubstr(R"("windowsPlaced":3)"));
+    EXPECT_THAT(again, HasSubstr(R"("windowsOpened":0)"));
+    EXPECT_EQ(x().managedWindows().size(), 3U);
+}
+
+}  // namespace
+}  // namespace corvetta::testing
