@@ -53,10 +53,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       workspaceCapture(p.desktop.accessibilityPort(), p.desktop.windowListPort(),
                        p.desktop.applicationsPort(), p.desktop.screenPort(), p.defaults,
                        workspaceService, p.queue.clock(), p.logging),
-      workspaceRestoration(
-          {p.desktop.accessibilityPort(), p.desktop.applicationsPort(), p.desktop.screenPort()},
-          accessibilityElement, windowMover, workspaceService, workspaceCapture, p.defaults,
-          p.queue, p.logging),
+      workspaceRestoration({p.desktop.accessibilityPort(), p.desktop.applicationsPort(),
+                            p.desktop.screenPort(), p.desktop.windowListPort()},
+                           accessibilityElement, windowMover, workspaceService, workspaceCapture,
+                           p.defaults, p.queue, p.logging),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
     if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
         addSimulateMethod(*automationMethods, *simulated);

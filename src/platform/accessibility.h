@@ -119,6 +119,27 @@ public:
                                           const AXValue& value) = 0;
     virtual AXErrorCode performAction(const AXElement& element, std::string_view action) = 0;
     virtual Expected<ProcessId, AXErrorCode> processOf(const AXElement& element) = 0;
+
+    // Writes that belong together, such as a whole workspace's windows. A backend that waits after
+    // each write until it has taken effect (on X11, for the window manager) may instead send them
+    // all and wait once, when the outermost batch ends; reads inside a batch may not show its
+    // writes yet. Batches nest. Use `AXWriteBatch` rather than calling these in pairs by hand.
+    virtual void beginWriteBatch() {}
+    virtual void endWriteBatch() {}
+};
+
+// One batch of writes for as long as it lives.
+class AXWriteBatch {
+public:
+    explicit AXWriteBatch(AccessibilityPort& accessibility) : accessibility_(accessibility) {
+        accessibility_.beginWriteBatch();
+    }
+    ~AXWriteBatch() { accessibility_.endWriteBatch(); }
+    AXWriteBatch(const AXWriteBatch&) = delete;
+    AXWriteBatch& operator=(const AXWriteBatch&) = delete;
+
+private:
+    AccessibilityPort& accessibility_;
 };
 
 }  // namespace corvetta

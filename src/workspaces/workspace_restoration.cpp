@@ -32,6 +32,7 @@ std::string joined(const std::vector<std::string>& names) {
 // A window that was given its place, for the stacking and state that follow the moves.
 struct WorkspaceRestoration::Placement {
     AXElement window;
+    std::optional<WindowNumber> number;
     int zOrder = 0;
     bool fullscreen = false;
     bool minimized = false;
@@ -49,6 +50,7 @@ struct WorkspaceRestoration::Run {
     std::set<std::string> ready;
     std::size_t applicationsPending = 0;
     int movesPending = 0;
+    std::vector<WindowMoveRequest> moves;
     std::vector<Placement> placements;
     bool abandoned = false;
 };
@@ -201,9 +203,38 @@ void WorkspaceRestoration::place(const std::shared_ptr<Run>& run) {
             placeApplication(run, bundle, migration);
         }
     }
-    setStatus("Placing " + plural(static_cast<std::size_t>(run->movesPending), "window") + "…");
-    if (run->movesPending == 0) {
+    startMoves(run);
+}
+
+void WorkspaceRestoration::startMoves(const std::shared_ptr<Run>& run) {
+    const auto moves = std::exchange(run->moves, {});
+    setStatus("Placing " + plural(moves.size(), "window") + "…");
+    if (moves.empty()) {
         arrange(run);
+        return;
+    }
+    {
+        // Where writes wait for the window manager, ten windows then cost one wait, not ten; the
+        // mover below finds each window already in place, or tries again.
+        AXWriteBatch batch(ports_.accessibility);
+        for (const auto& move : moves) {
+            if (const auto set = accessibilityElement_.setFrame(move.window, move.targetFrame);
+                !set) {
+                logger.debug("Sending the frame of " + move.window.description() +
+                             " failed; the mover tries again: " + set.error().description());
+            }
+        }
+    }
+    run->movesPending = static_cast<int>(moves.size());
+    for (const auto& move : moves) {
+        // Every move at once: each is verified and retried on its own, so a window that snaps to
+        // character cells does not hold up the others.
+        windowMover_.moveWindow(
+            move, [this, alive = std::weak_ptr<bool>(alive_), run](const WindowMoveResult& result) {
+                if (alive.lock()) {
+                    moved(run, result);
+                }
+            });
     }
 }
 
@@ -244,8 +275,8 @@ void WorkspaceRestoration::placeApplication(const std::shared_ptr<Run>& run,
         const WindowInfo& saved = run->workspace.windowInfos[indices[match.saved]];
         const LiveWindow& window = live[match.live];
         const bool keepMinimized = saved.isMinimized.value_or(false);
-        Placement placement{window.element, saved.zOrder.value_or(0), saved.isFullscreen,
-                            keepMinimized};
+        Placement placement{window.element, window.number, saved.zOrder.value_or(0),
+                            saved.isFullscreen, keepMinimized};
         if (window.isMinimized && keepMinimized) {
             // Where it stands matters once the user brings it back; until then it is in place.
             logger.info("Leaving " + bundleIdentifier + " '" + window.title + "' minimized");
@@ -270,18 +301,9 @@ void WorkspaceRestoration::placeApplication(const std::shared_ptr<Run>& run,
                     windowMatchRuleName(match.rule) + ") at " + migrated->frame.description() +
                     " (" + migrationRuleName(migrated->rule) + ")");
         run->placements.push_back(placement);
-        ++run->movesPending;
-        // Every move at once: each is verified and retried on its own, so a window that snaps to
-        // character cells does not hold up the others.
-        windowMover_.moveWindow(
-            WindowMoveRequest{window.element, accessibilityElement_.convertFrame(migrated->frame),
-                              screens[migrated->screenIndex], false, kMoveAttempts, std::nullopt,
-                              0},
-            [this, alive = std::weak_ptr<bool>(alive_), run](const WindowMoveResult& result) {
-                if (alive.lock()) {
-                    moved(run, result);
-                }
-            });
+        run->moves.push_back(WindowMoveRequest{
+            window.element, accessibilityElement_.convertFrame(migrated->frame),
+            screens[migrated->screenIndex], false, kMoveAttempts, std::nullopt, 0});
     }
 }
 
@@ -302,21 +324,8 @@ void WorkspaceRestoration::arrange(const std::shared_ptr<Run>& run) {
         return;
     }
     setStatus("Stacking windows…");
-    auto placements = run->placements;
-    // Back to front, so the saved front window ends up in front.
-    std::stable_sort(placements.begin(), placements.end(),
-                     [](const Placement& a, const Placement& b) { return a.zOrder > b.zOrder; });
-    for (const auto& placement : placements) {
-        if (!placement.minimized) {
-            const AXErrorCode raised =
-                ports_.accessibility.performAction(placement.window, AXAction::kRaise);
-            if (raised != AXErrorCode::success) {
-                logger.warning("Cannot raise " + placement.window.description() + ": " +
-                               describe(raised));
-            }
-        }
-    }
-    for (const auto& placement : placements) {
+    raiseInSavedOrder(run);
+    for (const auto& placement : run->placements) {
         if (placement.fullscreen) {
             setFlag(placement.window, AXAttribute::kFullScreen, true, "put in full screen");
         } else if (placement.minimized) {
@@ -324,6 +333,50 @@ void WorkspaceRestoration::arrange(const std::shared_ptr<Run>& run) {
         }
     }
     dealWithOtherApplications(run);
+}
+
+void WorkspaceRestoration::raiseInSavedOrder(const std::shared_ptr<Run>& run) {
+    std::vector<Placement> frontToBack;
+    for (const auto& placement : run->placements) {
+        if (!placement.minimized) {
+            frontToBack.push_back(placement);
+        }
+    }
+    std::stable_sort(frontToBack.begin(), frontToBack.end(),
+                     [](const Placement& a, const Placement& b) { return a.zOrder < b.zOrder; });
+    // Windows at the back that already lie in the saved order among themselves stay put: raising
+    // the ones in front of them, back to front, puts everything in order. Raising less spares the
+    // user a storm of focus changes (each raise activates the window on X11).
+    std::map<WindowNumber, std::size_t> stackPlace;
+    const auto stack = ports_.windowList.windowNumbersFrontToBack();
+    for (std::size_t i = 0; i < stack.size(); ++i) {
+        stackPlace.emplace(stack[i], i);
+    }
+    const auto placeOf = [&](const Placement& placement) -> std::optional<std::size_t> {
+        if (!placement.number) {
+            return std::nullopt;
+        }
+        const auto found = stackPlace.find(*placement.number);
+        return found == stackPlace.end() ? std::nullopt : std::optional(found->second);
+    };
+    std::size_t settled = frontToBack.size();
+    while (settled > 0) {
+        const auto here = placeOf(frontToBack[settled - 1]);
+        const auto behind =
+            settled < frontToBack.size() ? placeOf(frontToBack[settled]) : std::nullopt;
+        if (!here || (settled < frontToBack.size() && (!behind || *here > *behind))) {
+            break;
+        }
+        --settled;
+    }
+    for (std::size_t i = settled; i-- > 0;) {
+        const AXErrorCode raised =
+            ports_.accessibility.performAction(frontToBack[i].window, AXAction::kRaise);
+        if (raised != AXErrorCode::success) {
+            logger.warning("Cannot raise " + frontToBack[i].window.description() + ": " +
+                           describe(raised));
+        }
+    }
 }
 
 void WorkspaceRestoration::dealWithOtherApplications(const std::shared_ptr<Run>& run) {

@@ -11,6 +11,7 @@
 #include "platform/accessibility.h"
 #include "platform/applications.h"
 #include "platform/screen.h"
+#include "platform/window_list.h"
 #include "windowing/accessibility_element.h"
 #include "windowing/window_mover.h"
 #include "workspaces/application_readiness.h"
@@ -38,6 +39,7 @@ public:
         AccessibilityPort& accessibility;
         ApplicationsPort& applications;
         ScreenPort& screens;
+        WindowListPort& windowList;
     };
 
     WorkspaceRestoration(Ports ports, AccessibilityElement& accessibilityElement,
@@ -64,7 +66,10 @@ private:
     void place(const std::shared_ptr<Run>& run);
     void placeApplication(const std::shared_ptr<Run>& run, const std::string& bundleIdentifier,
                           const class DisplayMigration& migration);
+    // Sends every frame in one batch, then has the mover verify and retry each.
+    void startMoves(const std::shared_ptr<Run>& run);
     void moved(const std::shared_ptr<Run>& run, const WindowMoveResult& result);
+    void raiseInSavedOrder(const std::shared_ptr<Run>& run);
     void arrange(const std::shared_ptr<Run>& run);
     void dealWithOtherApplications(const std::shared_ptr<Run>& run);
     void openDeeplinks(const std::shared_ptr<Run>& run);

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cmath>
 #include <csignal>
+#include <utility>
 
 #include <xcb/xcb_icccm.h>
 
@@ -67,8 +68,8 @@ X11Accessibility::X11Accessibility(X11Connection& connection, const X11Screens& 
 }
 
 const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window) {
-    if (reading_ && reading_->window == window) {
-        return *reading_;
+    if (const auto known = readings_.find(window); known != readings_.end()) {
+        return known->second;
     }
     // Watched first: a change after the reading cannot go unannounced.
     connection_.watchClient(window);
@@ -83,9 +84,10 @@ const X11Accessibility::Reading& X11Accessibility::readingOf(xcb_window_t window
     auto hints = sizeHintsOf(hintsCookie);
     auto title = properties_.titleOf(titleCookies);
     auto types = properties_.valuesOf(typesCookie, XCB_ATOM_ATOM);
-    reading_ = Reading{window, std::move(frame), std::move(states),
-                       hints,  std::move(title), std::move(types)};
-    return *reading_;
+    return readings_
+        .insert_or_assign(window, Reading{window, std::move(frame), std::move(states), hints,
+                                          std::move(title), std::move(types)})
+        .first->second;
 }
 
 Expected<X11Accessibility::Resolved, AXErrorCode> X11Accessibility::resolve(
@@ -443,7 +445,12 @@ void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
     // window manager answers a move with a synthetic ConfigureNotify there, a resize with a real
     // one, and a change of state by rewriting _NET_WM_STATE.
     connection_.watchClient(window);
-    forgetReading();
+    // Inside a batch the readings stay: each request carries only the fields it changes, so one
+    // reckoned from a reading that predates the batch's earlier requests still asks for the right
+    // thing, and the batch's end forgets them all.
+    if (batchDepth_ == 0) {
+        forgetReading();
+    }
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
@@ -457,10 +464,29 @@ void X11Accessibility::sendToRoot(xcb_window_t window, std::string_view type,
 
 void X11Accessibility::awaitWindowManager(xcb_window_t window,
                                           const std::function<bool()>& appliedWithoutPing) {
+    if (batchDepth_ > 0) {
+        batchAwaitsWindowManager_ = true;
+        return;
+    }
     if (ping_.isAvailable()) {
         ping_.roundTrip(kApplyPatience);
     } else {
         waitUntil(window, appliedWithoutPing);
+    }
+}
+
+void X11Accessibility::endWriteBatch() {
+    if (batchDepth_ == 0 || --batchDepth_ > 0) {
+        return;
+    }
+    forgetReading();
+    if (!std::exchange(batchAwaitsWindowManager_, false)) {
+        return;
+    }
+    // Without a ping there is no one wait for many windows; whoever verifies the writes reads
+    // each window again and retries.
+    if (ping_.isAvailable()) {
+        ping_.roundTrip(kApplyPatience);
     }
 }
 

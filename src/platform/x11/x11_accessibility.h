@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <unordered_map>
 
 #include "platform/accessibility.h"
 #include "platform/x11/x11_applications.h"
@@ -53,6 +54,10 @@ public:
                                   const AXValue& value) override;
     AXErrorCode performAction(const AXElement& element, std::string_view action) override;
     Expected<ProcessId, AXErrorCode> processOf(const AXElement& element) override;
+    // Inside a batch, requests to the window manager go out without waiting for it; the batch's
+    // end waits once, for all of them (one ping answers for every request sent before it).
+    void beginWriteBatch() override { ++batchDepth_; }
+    void endWriteBatch() override;
 
 private:
     enum class Kind { application, window, closeButton };
@@ -66,7 +71,7 @@ private:
         Expected<std::vector<xcb_atom_t>, X11Error> types;
     };
     const Reading& readingOf(xcb_window_t window);
-    void forgetReading() { reading_.reset(); }
+    void forgetReading() { readings_.clear(); }
     struct Resolved {
         Kind kind = Kind::application;
         xcb_window_t window = XCB_WINDOW_NONE;
@@ -97,6 +102,8 @@ private:
     // Returns once the window manager has handled what was asked of it: after a ping's answer,
     // or, where it answers none, once `appliedWithoutPing` holds (waitUntil).
     void awaitWindowManager(xcb_window_t window, const std::function<bool()>& appliedWithoutPing);
+    int batchDepth_ = 0;
+    bool batchAwaitsWindowManager_ = false;
     // Waits for the window manager's answer about the window until `applied` holds, at most
     // kApplyPatience; whether it held in the end.
     bool waitUntil(xcb_window_t window, const std::function<bool()>& applied);
@@ -106,7 +113,9 @@ private:
     X11Applications& applications_;
     X11Properties properties_;
     X11WindowManagerPing ping_;
-    std::optional<Reading> reading_;
+    // Every window read since the last event or request: a restore reads many windows in a row,
+    // and nothing they say changes without an event announcing it.
+    std::unordered_map<xcb_window_t, Reading> readings_;
     Registration events_;
 };
 
