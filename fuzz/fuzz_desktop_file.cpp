@@ -31,6 +31,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         desktop.applicationsPort().activate(app.processIdentifier);
     }
     desktop.setDockHidden(true);
+    // Slow launches and late windows all land within a day.
+    for (const auto& app : setup->installed) {
+        desktop.applicationsPort().launchApplication(*app.bundleIdentifier, [](const auto&) {});
+    }
     queue.advance(std::chrono::hours(25));
     return 0;
 }

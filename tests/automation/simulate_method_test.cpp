@@ -127,15 +127,29 @@ TEST_F(SimulateMethodTest, MouseEventsCarryTheModifiersHeldAndMoveThePointer) {
 }
 
 TEST_F(SimulateMethodTest, LaunchAnswersOnceTheApplicationRunsAndQuitFollowsIt) {
-    listen();
-    const auto replies = send("simulate", {{"launch", "com.example.browser"}, {"quit", kEditor}});
-    EXPECT_TRUE(replies->empty());
-    queue.runUntilIdle();
-    ASSERT_EQ(replies->size(), 1u);
-    EXPECT_EQ(replies->front().value_or(nullptr), Json::object());
-    EXPECT_EQ(heard, std::vector<std::string>{"browser"});
-    EXPECT_FALSE(sim().runningApplication(kEditor));
-    EXPECT_EQ(sim().frontmostApplication()->localizedName, "browser");
+    for (const auto delay : {Duration{0}, Duration{std::chrono::seconds(3)}}) {
+        auto slow = setup();
+        slow.installed[0].launchDelay = delay;
+        startMethods(std::move(slow));
+        heard.clear();
+        listen();
+        const auto replies =
+            send("simulate", {{"launch", "com.example.browser"}, {"quit", kEditor}});
+        EXPECT_TRUE(replies->empty());
+        queue.runUntilIdle();
+        if (delay > Duration::zero()) {
+            // The quit waits for the launch, and the answer for both.
+            queue.advance(delay - std::chrono::milliseconds(1));
+            EXPECT_TRUE(replies->empty());
+            EXPECT_TRUE(sim().runningApplication(kEditor));
+            queue.advance(std::chrono::milliseconds(1));
+        }
+        ASSERT_EQ(replies->size(), 1u);
+        EXPECT_EQ(replies->front().value_or(nullptr), Json::object());
+        EXPECT_EQ(heard, std::vector<std::string>{"browser"});
+        EXPECT_FALSE(sim().runningApplication(kEditor));
+        EXPECT_EQ(sim().frontmostApplication()->localizedName, "browser");
+    }
 }
 
 }  // namespace

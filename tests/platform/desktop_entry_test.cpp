@@ -145,5 +145,54 @@ TEST(DesktopEntries, ARunningApplicationIsMatchedByTheFirstRuleThatFindsAnEntry)
     EXPECT_EQ(entries.forApplication({"", "", "Terminal", {}})->id, "zz");
 }
 
+// Each change comes after a lookup that may keep what it read: the stamps are set back first, to
+// times no write can share.
+TEST(DesktopEntries, ChangesMadeAfterALookupAreSeenByTheNext) {
+    testing::TemporaryFolder root;
+    const auto user = root / "user/applications";
+    const auto system = root / "system/applications";
+    std::vector<std::filesystem::path> folders = {user, system};
+    const DesktopEntries entries([&] { return folders; });
+    auto write = [](const std::filesystem::path& path, const std::string& exec) {
+        testing::writeTestFile(path, "[Desktop Entry]\nType=Application\nName=N\nExec=" + exec);
+    };
+    int hoursAgo = 100;
+    auto settle = [&] {
+        const auto then =
+            std::filesystem::file_time_type::clock::now() - std::chrono::hours(hoursAgo--);
+        for (const auto& item : std::filesystem::recursive_directory_iterator(root.path())) {
+            std::filesystem::last_write_time(item.path(), then);
+        }
+    };
+    write(system / "editor.desktop", "editor -a");
+    write(system / "kde/term.desktop", "term");
+    const struct {
+        const char* change;
+        std::function<void()> make;
+        const char* id;
+        const char* exec;  // nullptr: not found
+    } steps[] = {
+        {"added", [&] { write(system / "viewer.desktop", "viewer"); }, "viewer", "viewer"},
+        {"added to a subfolder", [&] { write(system / "kde/konsole.desktop", "konsole"); },
+         "kde-konsole", "konsole"},
+        {"edited in place, same size", [&] { write(system / "editor.desktop", "editor -b"); },
+         "editor", "editor -b"},
+        {"removed", [&] { std::filesystem::remove(system / "viewer.desktop"); }, "viewer", nullptr},
+        {"a folder that was missing appears", [&] { write(user / "editor.desktop", "my-editor"); },
+         "editor", "my-editor"},
+        {"the environment names other folders", [&] { folders = {system}; }, "editor", "editor -b"},
+    };
+    for (const auto& step : steps) {
+        settle();
+        ASSERT_TRUE(entries.byId("kde-term")) << step.change;
+        step.make();
+        const auto found = entries.byId(step.id);
+        ASSERT_EQ(found.has_value(), step.exec != nullptr) << step.change;
+        if (found) {
+            EXPECT_EQ(found->entry.exec, step.exec) << step.change;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace corvetta

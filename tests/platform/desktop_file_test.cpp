@@ -87,7 +87,9 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
     document.merge_patch(Json::parse(R"({
       "dock": {"display": 1, "edge": "left", "size": 60, "intellihide": true},
       "accessibilityTrusted": false, "mouseLocation": [10, 20], "self": {"pid": 7},
-      "installed": [{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser"}],
+      "installed": [{"pid": 202, "bundleIdentifier": "com.example.browser", "name": "Browser",
+                     "launchDelayMs": 1500, "windows": [
+                       {"number": 21, "frame": [0, 0, 9, 9], "appearsAfterMs": 700}]}],
       "reservedHotKeys": [{"keyCode": 123, "modifiers": 786432}]})"));
     document["applications"][0].merge_patch(
         Json::parse(R"({"activationPolicy": "accessory", "hidden": true, "unresponsive": true})"));
@@ -111,6 +113,8 @@ TEST(DesktopFileTest, EveryExtensionIsRead) {
     EXPECT_FALSE(setup->accessibilityTrusted);
     EXPECT_EQ(setup->mouseLocation, (Point{10, 20}));
     EXPECT_EQ(setup->installed.at(0).name, "Browser");
+    EXPECT_EQ(setup->installed[0].launchDelay, 1500ms);
+    EXPECT_EQ(setup->installed[0].windows.at(0).appearsAfter, 700ms);
     // This program's entry keeps what the file leaves out.
     EXPECT_EQ(setup->self.pid, 7);
     EXPECT_EQ(setup->self.name, "Corvetta");
@@ -168,6 +172,15 @@ TEST(DesktopFileTest, EveryRefusalNamesItsPlace) {
          "applications[0].windows[0].resizeIncrements", "expected [width, height]"},
         {"/applications/0/windows/0/applyDelayMs", "-1", "applications[0].windows[0].applyDelayMs",
          "expected milliseconds"},
+        {"/applications/0/launchDelayMs", "10", "applications[0].launchDelayMs",
+         "only for installed applications"},
+        {"/applications/0/windows/0/appearsAfterMs", "10",
+         "applications[0].windows[0].appearsAfterMs", "only for windows of installed applications"},
+        {"/installed", R"([{"pid": 5, "bundleIdentifier": "b", "name": "T", "launchDelayMs": -1}])",
+         "installed[0].launchDelayMs", "expected milliseconds from 0 to 86400000"},
+        {"/installed", R"([{"pid": 5, "bundleIdentifier": "b", "name": "T", "windows": [
+           {"number": 5, "frame": [0, 0, 9, 9], "appearsAfterMs": 86400001}]}])",
+         "installed[0].windows[0].appearsAfterMs", "expected milliseconds from 0 to 86400000"},
         {"/frontmost", "7", "frontmost", "no application with pid 7"},
         {"/dock", R"({"display": 3, "size": 50})", "dock.display", "no display with id 3"},
         {"/dock", R"({"display": 1, "edge": "top", "size": 50})", "dock.edge",

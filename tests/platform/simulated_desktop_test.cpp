@@ -318,6 +318,66 @@ TEST_F(SimulatedDesktopTest, LaunchingFrontsRunningOrStartsInstalledApplications
     }
 }
 
+// The browser takes 2 s to start; its second and third windows follow 1 s and 3 s after it
+// started. Asked twice, it starts once and both asks complete then. Quit before its late windows
+// appear, it never shows them: the next run shows only its own, each once.
+TEST_F(SimulatedDesktopTest, SlowApplicationStartsAfterItsDelayAndItsWindowsFollowInTurn) {
+    auto setup = twoDisplays();
+    setup.installed[0].launchDelay = 2s;
+    setup.installed[0].windows.push_back(
+        {.number = 42, .frame = {0, 30, 500, 400}, .appearsAfter = 1s});
+    setup.installed[0].windows.push_back(
+        {.number = 43, .frame = {0, 30, 500, 400}, .appearsAfter = 3s});
+    start(std::move(setup));
+    auto& apps = desktop->applicationsPort();
+    int completions = 0;
+    const auto launch = [&] {
+        apps.launchApplication("com.example.browser", [&](const auto& result) {
+            EXPECT_EQ(result.value().processIdentifier, 404);
+            ++completions;
+        });
+    };
+    const auto relaunch = [&] {
+        desktop->quitApplication(404);
+        launch();
+    };
+    launch();
+    launch();
+    const struct {
+        const char* moment;
+        Duration advance;
+        std::function<void()> then;
+        int completions;
+        std::vector<WindowNumber> windows;  // front to back; none: not running
+    } timeline[] = {
+        {"just before the delay", 1999ms, {}, 0, {}},
+        {"started", 1ms, {}, 2, {41}},
+        {"first late window", 1s, {}, 2, {42, 41}},
+        {"second late window", 2s, {}, 2, {43, 42, 41}},
+        {"quit and launched again", 0s, relaunch, 2, {}},
+        {"started again", 2s, {}, 3, {41}},
+        {"quit before its late windows, launched again", 0s, relaunch, 3, {}},
+        {"started a third time", 2s, {}, 4, {41}},
+        {"only this run's windows appear", 1s, {}, 4, {42, 41}},
+        {"long after", 1h, {}, 4, {43, 42, 41}},
+    };
+    for (const auto& step : timeline) {
+        queue.advance(step.advance);
+        if (step.then) {
+            step.then();
+        }
+        EXPECT_EQ(completions, step.completions) << step.moment;
+        std::vector<WindowNumber> windows;
+        if (apps.runningApplication(404)) {
+            const auto elements = read(ax().applicationElement(404), AXAttribute::kWindows);
+            for (const auto& window : std::get<std::vector<AXElement>>(elements)) {
+                windows.push_back(static_cast<WindowNumber>(window.token()));
+            }
+        }
+        EXPECT_EQ(windows, step.windows) << step.moment;
+    }
+}
+
 TEST_F(SimulatedDesktopTest, RemovingADisplayBringsItsWindowsToThePrimary) {
     auto displays = twoDisplays().displays;
     displays.pop_back();

@@ -45,7 +45,8 @@ protected:
     X11Applications applications{
         fixture.connection(),
         {kSelf, "com.corvetta.Corvetta", "Corvetta", ActivationPolicy::accessory, false},
-        {{dataDirectory / "applications"}, fixture.display().environment()}};
+        {[this] { return std::vector{dataDirectory / "applications"}; },
+         fixture.display().environment()}};
     xcb_window_t editorMain = 0, editorSide = 0, terminal = 0;
 };
 

@@ -178,6 +178,12 @@ void DesktopModel::quitApplication(ProcessId pid) {
     if (app == nullptr || pid == selfPid_) {
         return;
     }
+    // A window still to appear belongs to this run of the application, not to a later launch.
+    const auto [first, last] = appearing_.equal_range(pid);
+    for (auto late = first; late != last; ++late) {
+        late->second.cancel();
+    }
+    appearing_.erase(pid);
     for (const auto& window : app->windows) {
         removeFromStack(window.number);
         histories_.erase(window.number);
@@ -426,32 +432,88 @@ Registration DesktopModel::observeActivation(
 
 void DesktopModel::launch(const std::string& bundleIdentifier, LaunchCompletion completion) {
     std::weak_ptr<DesktopModel> weak = weak_from_this();
-    queue_.post([weak, bundleIdentifier, completion = std::move(completion)] {
+    const auto* installed = installedApplication(bundleIdentifier);
+    if (installed == nullptr || runningApplication(bundleIdentifier) != nullptr) {
+        queue_.post([weak, bundleIdentifier, completion = std::move(completion)] {
+            if (const auto model = weak.lock()) {
+                completion(model->startOrFront(bundleIdentifier));
+            }
+        });
+        return;
+    }
+    auto& waiting = launching_[bundleIdentifier];
+    waiting.push_back(std::move(completion));
+    if (waiting.size() > 1) {
+        return;
+    }
+    const auto started = [weak, bundleIdentifier] {
         const auto model = weak.lock();
         if (!model) {
             return;
         }
-        const auto* running = model->runningApplication(bundleIdentifier);
-        if (running == nullptr) {
-            const auto* installed = model->installedApplication(bundleIdentifier);
-            if (installed == nullptr) {
-                completion(unexpected(
-                    LaunchError{LaunchError::Kind::notFound,
-                                "No application with bundle identifier " + bundleIdentifier}));
-                return;
-            }
-            try {
-                model->addApplication(*installed);
-            } catch (const std::invalid_argument& error) {
-                completion(unexpected(LaunchError{LaunchError::Kind::failed, error.what()}));
-                return;
-            }
-            running = model->runningApplication(bundleIdentifier);
+        const auto completions = std::move(model->launching_[bundleIdentifier]);
+        model->launching_.erase(bundleIdentifier);
+        const auto result = model->startOrFront(bundleIdentifier);
+        for (const auto& completion : completions) {
+            completion(result);
         }
-        const auto pid = running->pid;
-        model->activate(pid);
-        completion(model->describe(*model->application(pid)));
-    });
+    };
+    if (installed->launchDelay > Duration::zero()) {
+        queue_.postDelayed(installed->launchDelay, started);
+    } else {
+        queue_.post(started);
+    }
+}
+
+Expected<RunningApplication, LaunchError> DesktopModel::startOrFront(
+    const std::string& bundleIdentifier) {
+    const auto* running = runningApplication(bundleIdentifier);
+    if (running == nullptr) {
+        const auto* installed = installedApplication(bundleIdentifier);
+        if (installed == nullptr) {
+            return unexpected(
+                LaunchError{LaunchError::Kind::notFound,
+                            "No application with bundle identifier " + bundleIdentifier});
+        }
+        try {
+            start(*installed);
+        } catch (const std::invalid_argument& error) {
+            return unexpected(LaunchError{LaunchError::Kind::failed, error.what()});
+        }
+        running = runningApplication(bundleIdentifier);
+    }
+    const auto pid = running->pid;
+    activate(pid);
+    return describe(*application(pid));
+}
+
+void DesktopModel::start(SimulatedApplication app) {
+    std::vector<SimulatedWindow> late;
+    for (const auto& window : app.windows) {
+        if (window.appearsAfter > Duration::zero()) {
+            if (window.number == 0 || ownerOf(window.number)) {
+                throw std::invalid_argument("window number " + std::to_string(window.number) +
+                                            " is not free");
+            }
+            late.push_back(window);
+        }
+    }
+    std::erase_if(app.windows,
+                  [](const SimulatedWindow& w) { return w.appearsAfter > Duration::zero(); });
+    const auto pid = app.pid;
+    addApplication(std::move(app));
+    std::erase_if(appearing_, [](const auto& entry) { return !entry.second.isPending(); });
+    std::weak_ptr<DesktopModel> weak = weak_from_this();
+    for (auto& window : late) {
+        const auto after = window.appearsAfter;
+        appearing_.emplace(pid, queue_.postDelayed(after, [weak, pid, window = std::move(window)] {
+            const auto model = weak.lock();
+            // A test may have given the number to a window of its own meanwhile.
+            if (model && model->application(pid) != nullptr && !model->ownerOf(window.number)) {
+                model->addWindow(pid, window);
+            }
+        }));
+    }
 }
 
 Registration DesktopModel::addMonitor(EventMonitor monitor) {

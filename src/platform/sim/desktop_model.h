@@ -116,7 +116,9 @@ public:
     void activateSelf();
     // The registrations may outlive the model.
     Registration observeActivation(std::function<void(const RunningApplication&)> handler);
-    // Starts an installed application (or fronts the running copy) on the next queue turn.
+    // Starts an installed application (or fronts the running copy) on the next queue turn, or
+    // after the application's launch delay; asked again meanwhile, it starts once and every
+    // completion runs then. Its late windows appear at their times unless it quit meanwhile.
     void launch(const std::string& bundleIdentifier, LaunchCompletion completion);
 
     // Displays and the Dock.
@@ -150,6 +152,11 @@ public:
     RunningApplication describe(const SimulatedApplication& application) const;
 
 private:
+    // The launch itself: the running copy fronted, else the installed one started and fronted.
+    Expected<RunningApplication, LaunchError> startOrFront(const std::string& bundleIdentifier);
+    // Adds the application with the windows it opens at once and schedules the others. Throws
+    // std::invalid_argument, as addApplication does, for a pid or window number in use.
+    void start(SimulatedApplication application);
     void applyPosition(WindowNumber number, Point position);
     void applySize(WindowNumber number, Size size);
     // Runs the change now or, for a window that takes frames late, after its delay.
@@ -201,6 +208,10 @@ private:
     HandlerList<EventMonitor> monitors_;
     HandlerList<std::function<void()>> sleepObservers_;
     HandlerList<std::function<void()>> wakeObservers_;
+    // Completions of launches whose application has not started yet, by bundle identifier.
+    std::map<std::string, std::vector<LaunchCompletion>> launching_;
+    // Windows of started applications still to appear; cancelled when the application quits.
+    std::multimap<ProcessId, WorkItem> appearing_;
 };
 
 }  // namespace corvetta::sim

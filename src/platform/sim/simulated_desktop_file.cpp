@@ -26,21 +26,21 @@ Duration milliseconds(const Json& value, const std::string& place) {
     return std::chrono::duration_cast<Duration>(std::chrono::duration<double, std::milli>(count));
 }
 
-// A window a menu item opens gets its number when it opens, so it has none in the file.
-enum class WindowNumbering { given, assignedWhenOpened };
+// Whose window it is. A window a menu item opens gets its number when it opens, so it has none in
+// the file; only an application that is launched can be slow to show its windows.
+enum class WindowOwner { runningApplication, installedApplication, menuItem };
 
-SimulatedWindow readWindow(const Json& value, const std::string& place,
-                           WindowNumbering numbering = WindowNumbering::given) {
+SimulatedWindow readWindow(const Json& value, const std::string& place, WindowOwner owner) {
     std::set<std::string_view> known{
         "title",        "frame",   "minSize",   "maxSize",    "resizeIncrements",
         "applyDelayMs", "movable", "resizable", "fullScreen", "minimized",
         "layer",        "subrole"};
-    if (numbering == WindowNumbering::given) {
-        known.insert("number");
+    if (owner != WindowOwner::menuItem) {
+        known.insert({"number", "appearsAfterMs"});
     }
     const ObjectReader reader(value, place, std::move(known));
     SimulatedWindow window;
-    if (numbering == WindowNumbering::given) {
+    if (owner != WindowOwner::menuItem) {
         window.number =
             static_cast<WindowNumber>(integer(reader.required("number"), reader.placeOf("number"),
                                               1, std::numeric_limits<WindowNumber>::max()));
@@ -68,6 +68,12 @@ SimulatedWindow readWindow(const Json& value, const std::string& place,
                                                 std::numeric_limits<int>::max()));
     }
     window.subrole = reader.text("subrole", std::string(kStandardWindowSubrole));
+    if (const auto* after = reader.find("appearsAfterMs")) {
+        if (owner != WindowOwner::installedApplication) {
+            refuse(reader.placeOf("appearsAfterMs"), "only for windows of installed applications");
+        }
+        window.appearsAfter = milliseconds(*after, reader.placeOf("appearsAfterMs"));
+    }
     return window;
 }
 
@@ -98,7 +104,7 @@ SimulatedMenuItem readMenuItem(const Json& value, const std::string& place) {
     item.enabled = reader.flag("enabled", true);
     if (const auto* window = reader.find("opensWindow")) {
         item.opensWindow =
-            readWindow(*window, reader.placeOf("opensWindow"), WindowNumbering::assignedWhenOpened);
+            readWindow(*window, reader.placeOf("opensWindow"), WindowOwner::menuItem);
     }
     if (const auto* delay = reader.find("opensAfterMs")) {
         if (!item.opensWindow) {
@@ -119,12 +125,15 @@ SimulatedMenu readMenu(const Json& value, const std::string& place) {
     return menu;
 }
 
+enum class Installation { running, installed };
+
 // `fallback` supplies what an entry leaves out; only this program's own entry has one.
 SimulatedApplication readApplication(const Json& value, const std::string& place,
-                                     const SimulatedApplication* fallback) {
+                                     const SimulatedApplication* fallback,
+                                     Installation installation = Installation::running) {
     const ObjectReader reader(value, place,
                               {"pid", "bundleIdentifier", "name", "activationPolicy", "hidden",
-                               "unresponsive", "windows", "menus"});
+                               "unresponsive", "windows", "menus", "launchDelayMs"});
     SimulatedApplication app = fallback != nullptr ? *fallback : SimulatedApplication{};
     if (fallback == nullptr || reader.find("pid") != nullptr) {
         app.pid = static_cast<ProcessId>(integer(reader.required("pid"), reader.placeOf("pid"), 1,
@@ -143,11 +152,19 @@ SimulatedApplication readApplication(const Json& value, const std::string& place
                                   {"prohibited", ActivationPolicy::prohibited}});
     app.hidden = reader.flag("hidden", app.hidden);
     app.unresponsive = reader.flag("unresponsive", app.unresponsive);
+    const auto owner = installation == Installation::installed ? WindowOwner::installedApplication
+                                                               : WindowOwner::runningApplication;
     for (const auto& [window, windowPlace] : reader.elements("windows")) {
-        app.windows.push_back(readWindow(*window, windowPlace));
+        app.windows.push_back(readWindow(*window, windowPlace, owner));
     }
     for (const auto& [menu, menuPlace] : reader.elements("menus")) {
         app.menus.push_back(readMenu(*menu, menuPlace));
+    }
+    if (const auto* delay = reader.find("launchDelayMs")) {
+        if (installation != Installation::installed) {
+            refuse(reader.placeOf("launchDelayMs"), "only for installed applications");
+        }
+        app.launchDelay = milliseconds(*delay, reader.placeOf("launchDelayMs"));
     }
     return app;
 }
@@ -253,7 +270,7 @@ SimulatedDesktopSetup readDesktop(const Json& document) {
         setup.applications.push_back(readApplication(*app, place, nullptr));
     }
     for (const auto& [app, place] : reader.elements("installed")) {
-        setup.installed.push_back(readApplication(*app, place, nullptr));
+        setup.installed.push_back(readApplication(*app, place, nullptr, Installation::installed));
         if (!setup.installed.back().bundleIdentifier) {
             refuse(place + ".bundleIdentifier", "required to launch the application");
         }

@@ -52,6 +52,9 @@ struct SimulatedWindow {
     bool minimized = false;
     int layer = 0;
     std::string subrole = "AXStandardWindow";
+    // For a window of an installed application: it appears this long after the application
+    // started, as slow applications open their windows one after another.
+    Duration appearsAfter{0};
 };
 
 // One item of an application's menu, as the accessibility interface shows it: a title, a key
@@ -91,6 +94,8 @@ struct SimulatedApplication {
     std::vector<SimulatedWindow> windows{};
     // The menu bar, left to right; none for an application without one.
     std::vector<SimulatedMenu> menus{};
+    // For an installed application: launching it starts it this long later.
+    Duration launchDelay{0};
 };
 
 enum class DockEdge { bottom, left, right };

@@ -5,6 +5,7 @@
 // and desktop actions through the applications' desktop entries.
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,7 +23,8 @@ namespace corvetta {
 
 // Where applications' desktop entries are found and what launched programs get.
 struct X11Launching {
-    std::vector<std::filesystem::path> applicationFolders;
+    // Asked at each lookup of a desktop entry.
+    std::function<std::vector<std::filesystem::path>()> applicationFolders;
     // NAME=VALUE texts; DISPLAY names the display this program is on.
     std::vector<std::string> environment;
 };

@@ -27,7 +27,7 @@ RunningApplication thisProgram(std::string bundleIdentifier) {
 
 // What this program launches lands on the display it manages, whatever $DISPLAY says.
 X11Launching launchingOn(const std::string& display) {
-    X11Launching launching{xdgApplicationFolders(), {}};
+    X11Launching launching{xdgApplicationFolders, {}};
     for (char** variable = environ; *variable; ++variable) {
         const std::string entry = *variable;
         if (display.empty() || !entry.starts_with("DISPLAY=")) {

@@ -43,6 +43,55 @@ std::string programName(const DesktopEntry& entry) {
     return arguments ? fileName(arguments->front()) : std::string();
 }
 
+// Each folder and subfolder is noted before it is listed, each file before it is read, so a change
+// made while reading shows as a difference next time.
+std::vector<InstalledDesktopEntry> readEntries(const std::vector<std::filesystem::path>& folders,
+                                               FileStamps& stamps) {
+    std::vector<InstalledDesktopEntry> result;
+    // An ID found once hides the same ID further down the list, whether or not it could be read:
+    // that is how a user's own entry overrides or deletes (Hidden) an installed one.
+    std::set<std::string> seen;
+    for (const auto& folder : folders) {
+        stamps.note(folder);
+        std::vector<std::pair<std::string, std::filesystem::path>> found;
+        std::error_code error;
+        for (std::filesystem::recursive_directory_iterator walk(
+                 folder, std::filesystem::directory_options::skip_permission_denied, error);
+             !error && walk != std::filesystem::recursive_directory_iterator();
+             walk.increment(error)) {
+            const auto& path = walk->path();
+            // A dangling link is passed over, not taken as the end of the folder.
+            std::error_code unreadable;
+            if (walk->is_directory(unreadable)) {
+                stamps.note(path);
+                continue;
+            }
+            if (path.extension() != ".desktop" || !walk->is_regular_file(unreadable)) {
+                continue;
+            }
+            std::string id = path.lexically_relative(folder).replace_extension().string();
+            std::ranges::replace(id, '/', '-');
+            found.emplace_back(std::move(id), path);
+        }
+        std::ranges::sort(found);
+        for (auto& [id, path] : found) {
+            if (!seen.insert(id).second) {
+                continue;
+            }
+            stamps.note(path);
+            const auto text = readBounded(path);
+            if (!text) {
+                continue;
+            }
+            auto entry = parseDesktopEntry(*text);
+            if (entry && !entry->hidden && entry->type == "Application") {
+                result.push_back({id, path, std::move(*entry)});
+            }
+        }
+    }
+    return result;
+}
+
 }  // namespace
 
 std::vector<std::filesystem::path> xdgApplicationFolders() {
@@ -68,50 +117,28 @@ std::vector<std::filesystem::path> xdgApplicationFolders() {
 }
 
 DesktopEntries::DesktopEntries(std::vector<std::filesystem::path> folders)
-    : folders_(std::move(folders)) {}
+    : folders_([folders = std::move(folders)] { return folders; }) {}
 
-std::vector<InstalledDesktopEntry> DesktopEntries::all() const {
-    std::vector<InstalledDesktopEntry> result;
-    // An ID found once hides the same ID further down the list, whether or not it could be read:
-    // that is how a user's own entry overrides or deletes (Hidden) an installed one.
-    std::set<std::string> seen;
-    for (const auto& folder : folders_) {
-        std::vector<std::pair<std::string, std::filesystem::path>> found;
-        std::error_code error;
-        for (std::filesystem::recursive_directory_iterator walk(
-                 folder, std::filesystem::directory_options::skip_permission_denied, error);
-             !error && walk != std::filesystem::recursive_directory_iterator();
-             walk.increment(error)) {
-            const auto& path = walk->path();
-            if (path.extension() != ".desktop" || !walk->is_regular_file(error)) {
-                continue;
-            }
-            std::string id = path.lexically_relative(folder).replace_extension().string();
-            std::ranges::replace(id, '/', '-');
-            found.emplace_back(std::move(id), path);
-        }
-        std::ranges::sort(found);
-        for (auto& [id, path] : found) {
-            if (!seen.insert(id).second) {
-                continue;
-            }
-            const auto text = readBounded(path);
-            if (!text) {
-                continue;
-            }
-            auto entry = parseDesktopEntry(*text);
-            if (entry && !entry->hidden && entry->type == "Application") {
-                result.push_back({id, path, std::move(*entry)});
-            }
-        }
+DesktopEntries::DesktopEntries(std::function<std::vector<std::filesystem::path>()> folders)
+    : folders_(folders ? std::move(folders) : [] { return std::vector<std::filesystem::path>{}; }) {
+}
+
+std::shared_ptr<const DesktopEntries::Entries> DesktopEntries::all() const {
+    auto folders = folders_();
+    const std::lock_guard lock(mutex_);
+    if (entries_ && folders == readFolders_ && stamps_.current()) {
+        return entries_;
     }
-    return result;
+    stamps_ = FileStamps::begin();
+    entries_ = std::make_shared<const Entries>(readEntries(folders, stamps_));
+    readFolders_ = std::move(folders);
+    return entries_;
 }
 
 std::optional<InstalledDesktopEntry> DesktopEntries::byId(const std::string& id) const {
-    for (auto& installed : all()) {
+    for (const auto& installed : *all()) {
         if (installed.id == id) {
-            return std::move(installed);
+            return installed;
         }
     }
     return std::nullopt;
@@ -142,7 +169,7 @@ std::optional<InstalledDesktopEntry> DesktopEntries::forApplication(
         },
     };
     for (const auto& rule : rules) {
-        if (const auto found = std::ranges::find_if(entries, rule); found != entries.end()) {
+        if (const auto found = std::ranges::find_if(*entries, rule); found != entries->end()) {
             return *found;
         }
     }

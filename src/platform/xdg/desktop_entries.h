@@ -2,11 +2,15 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/xdg/desktop_entry.h"
+#include "platform/xdg/file_stamps.h"
 
 namespace corvetta {
 
@@ -35,12 +39,17 @@ struct ApplicationTraits {
 // the first one found hiding the others.
 std::vector<std::filesystem::path> xdgApplicationFolders();
 
-// The entries in a list of "applications" folders, read when asked (so an application installed
-// meanwhile is found). Entries that cannot be read or decoded, that are hidden, or whose Type is
-// not Application are left out.
+// The entries in a list of "applications" folders, as they are when asked (so an application
+// installed meanwhile is found). What was read is kept while the list of folders, every folder and
+// subfolder, and every entry file read still carry the stamps they had when read; a lookup then
+// costs a stat of each instead of reading and decoding them all. Entries that cannot be read or
+// decoded, that are hidden, or whose Type is not Application are left out.
 class DesktopEntries {
 public:
     explicit DesktopEntries(std::vector<std::filesystem::path> folders);
+    // The folders are asked for at each lookup, as the environment naming them may change; no
+    // function, no folders.
+    explicit DesktopEntries(std::function<std::vector<std::filesystem::path>()> folders);
 
     // The entry with that desktop file ID.
     std::optional<InstalledDesktopEntry> byId(const std::string& id) const;
@@ -52,9 +61,15 @@ public:
     std::optional<InstalledDesktopEntry> forApplication(const ApplicationTraits& traits) const;
 
 private:
-    std::vector<InstalledDesktopEntry> all() const;
+    using Entries = std::vector<InstalledDesktopEntry>;
+    // What the folders hold now: what was read last while it is current, else read again.
+    std::shared_ptr<const Entries> all() const;
 
-    std::vector<std::filesystem::path> folders_;
+    std::function<std::vector<std::filesystem::path>()> folders_;
+    mutable std::mutex mutex_;
+    mutable std::vector<std::filesystem::path> readFolders_;
+    mutable FileStamps stamps_;
+    mutable std::shared_ptr<const Entries> entries_;
 };
 
 }  // namespace corvetta
