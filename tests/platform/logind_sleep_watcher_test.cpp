@@ -18,56 +18,40 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Points the system bus somewhere else for as long as it lives.
-class SystemBusAddress {
-public:
-    explicit SystemBusAddress(const std::string& address) {
-        if (const char* old = std::getenv(kName)) {
-            previous_ = old;
-        }
-        setenv(kName, address.c_str(), 1);
+// Each test points the system bus at a bus of its own; what the watcher reports is kept.
+class LogindSleepWatcherTest : public ::testing::Test {
+protected:
+    void pointSystemBusAt(const std::string& address) {
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
     }
-    ~SystemBusAddress() { previous_ ? setenv(kName, previous_->c_str(), 1) : unsetenv(kName); }
+    void TearDown() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
 
-private:
-    static constexpr const char* kName = "DBUS_SYSTEM_BUS_ADDRESS";
-    std::optional<std::string> previous_;
+    testing::TemporaryFolder folder;
+    std::vector<std::string> reported;
 };
 
-bool onPath(const std::string& program) {
-    const char* path = std::getenv("PATH");
-    std::string folders = path ? path : "";
-    for (std::size_t start = 0, end = 0; start <= folders.size(); start = end + 1) {
-        end = std::min(folders.find(':', start), folders.size());
-        if (access((folders.substr(start, end - start) + "/" + program).c_str(), X_OK) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-TEST(LogindSleepWatcherTest, HearsLogindAnnounceSleepAndWakeUntilTheBusGoes) {
-    if (!onPath("dbus-daemon")) {
+TEST_F(LogindSleepWatcherTest, HearsLogindAnnounceSleepAndWakeUntilTheBusGoes) {
+    if (std::system("command -v dbus-daemon > /dev/null") != 0) {
         GTEST_SKIP() << "dbus-daemon is not installed (Debian package dbus-daemon)";
     }
-    testing::TemporaryFolder folder;
-    testing::writeTestFile(folder / "bus.conf", R"(<busconfig><type>system</type>
-        <listen>unix:path=)" + (folder / "bus").string() +
-                                                    R"(</listen><auth>EXTERNAL</auth>
-        <policy context="default"><allow user="*"/><allow own="*"/>
-        <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/></policy>
-        </busconfig>)");
+    testing::writeTestFile(
+        folder / "bus.conf",
+        "<busconfig><type>system</type><listen>unix:path=" + (folder / "bus").string() +
+            "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
+            "<allow user=\"*\"/><allow own=\"*\"/><allow eavesdrop=\"true\"/>"
+            "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+            "</policy></busconfig>");
     testing::RunningProcess daemon(
         {"dbus-daemon", "--config-file=" + (folder / "bus.conf").string(), "--nofork",
          "--print-address"},
         testing::currentEnvironment());
     const auto address = daemon.waitForLine("unix:");
     ASSERT_TRUE(address) << daemon.errors();
-    const SystemBusAddress systemBus(*address);
+    pointSystemBusAt(*address);
 
     SystemClock clock;
     EventLoop loop(clock);
-    std::vector<std::string> heard, reported;
+    std::vector<std::string> heard;
     std::optional<LogindSleepWatcher> watcher;
     Registration sleeping, waking;
     sd_bus* logind = nullptr;
@@ -88,23 +72,20 @@ TEST(LogindSleepWatcherTest, HearsLogindAnnounceSleepAndWakeUntilTheBusGoes) {
     const WorkItem deadline = loop.postDelayed(20s, [&] { loop.stop(); });
     loop.run();
     EXPECT_EQ(heard, (std::vector<std::string>{"sleep", "wake"}));
-    EXPECT_TRUE(reported.empty()) << reported.front();
+    EXPECT_TRUE(reported.empty());
 
     sd_bus_flush_close_unref(logind);
     daemon.signal(SIGTERM);
     loop.run();
     ASSERT_EQ(reported.size(), 1u);
     EXPECT_TRUE(
-        reported.front().starts_with("Stopped listening for sleep and wake: lost the system bus"))
-        << reported.front();
+        reported[0].starts_with("Stopped listening for sleep and wake: lost the system bus"));
 }
 
-TEST(LogindSleepWatcherTest, WithoutASystemBusSaysSoOnceAndAnnouncesNothing) {
-    testing::TemporaryFolder folder;
-    const SystemBusAddress systemBus("unix:path=" + (folder / "no-bus").string());
+TEST_F(LogindSleepWatcherTest, WithoutASystemBusSaysSoOnceAndAnnouncesNothing) {
+    pointSystemBusAt("unix:path=" + (folder / "no-bus").string());
     ManualClock clock;
     ManualQueue queue(clock);
-    std::vector<std::string> reported;
     LogindSleepWatcher watcher(queue, [&](const std::string& line) { reported.push_back(line); });
     EXPECT_FALSE(watcher.isListening());
     EXPECT_EQ(reported, std::vector<std::string>{
