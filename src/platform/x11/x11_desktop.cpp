@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include "platform/linux/logind_sleep_watcher.h"
 #include "platform/x11/x11_accessibility.h"
 #include "platform/x11/x11_alerts.h"
 #include "platform/x11/x11_applications.h"
@@ -40,18 +41,6 @@ X11Launching launchingOn(const std::string& display) {
     return launching;
 }
 
-// systemd-logind announces sleep and wake with PrepareForSleep on the system bus; listening to it
-// comes later. Until then nothing is announced, and observers simply never hear of a wake.
-class X11SleepWake final : public SleepWakePort {
-public:
-    Registration observeWillSleep(std::function<void()>) override {
-        return Registration([] {});
-    }
-    Registration observeDidWake(std::function<void()>) override {
-        return Registration([] {});
-    }
-};
-
 }  // namespace
 
 // In the order they depend on each other; destroyed in reverse, the connection last.
@@ -64,11 +53,12 @@ struct X11Desktop::Parts {
                        std::move(launching)),
           windowList(*connection, screens),
           accessibility(*connection, screens, applications),
-          alerts(queue, std::move(report)),
+          alerts(queue, report),
           hotKeys(connection->raw(), connection->root(), queue, repliesRead()),
           pointer(connection->raw(), connection->root(), primaryInRoot(), repliesRead()),
           eventMonitor(connection->raw(), connection->root(), queue, primaryInRoot(),
-                       repliesRead()) {
+                       repliesRead()),
+          sleepWake(queue, std::move(report)) {
         // Hot keys and raw input take theirs first; the rest see what they leave.
         inputEvents = connection->addEventHandler([this](const xcb_generic_event_t& event) {
             return hotKeys.handleEvent(event) || eventMonitor.handleEvent(event);
@@ -96,7 +86,7 @@ struct X11Desktop::Parts {
     X11HotKeys hotKeys;
     X11Pointer pointer;
     X11EventMonitor eventMonitor;
-    X11SleepWake sleepWake;
+    LogindSleepWatcher sleepWake;
     Registration inputEvents;
 };
 
