@@ -53,6 +53,9 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       workspaceCapture(p.desktop.accessibilityPort(), p.desktop.windowListPort(),
                        p.desktop.applicationsPort(), p.desktop.screenPort(), p.defaults,
                        workspaceService, p.queue.clock(), p.logging),
+      deeplinkOpener(p.desktop.accessibilityPort(), p.desktop.applicationsPort(),
+                     p.desktop.openingPort(), p.queue, p.logging,
+                     Paths::resolve(processEnvironment()).home),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
     if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
         addSimulateMethod(*automationMethods, *simulated);

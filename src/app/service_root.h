@@ -31,6 +31,7 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/deeplink_opener.h"
 #include "workspaces/display_arrangement_stability_service.h"
 #include "workspaces/display_change_monitor_service.h"
 #include "workspaces/space_manager.h"
@@ -134,6 +135,8 @@ public:
     DisplayChangeMonitorService displayChangeMonitor;
     // Which windows a workspace holds, read from the desktop.
     WorkspaceCapture workspaceCapture;
+    // A restored workspace's links, folders and terminal commands, opened last.
+    DeeplinkOpener deeplinkOpener;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;
