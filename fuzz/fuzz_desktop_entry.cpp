@@ -1,5 +1,6 @@
 // Desktop entries come from any package or any user: whatever the text, the reader gives an entry
-// or a refusal, and every Exec line in it splits into arguments or is refused.
+// or a refusal, and every Exec line in it splits into arguments or is refused, also when it is
+// given links and files to open.
 
 #include <cstdint>
 #include <string_view>
@@ -11,6 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const ExecContext context{"icon", "Name", "/applications/entry.desktop"};
     (void)parseExecLine(text, context);
+    ExecContext opening = context;
+    opening.targets = {"file:///home/me/a%20b%2", "https://example.com/%zz", "/srv"};
+    (void)parseExecLine(text, opening);
     const auto entry = parseDesktopEntry(text);
     if (!entry) {
         return 0;

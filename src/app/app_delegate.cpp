@@ -56,6 +56,7 @@ AppDelegate::LaunchResult AppDelegate::applicationDidFinishLaunching() {
     // The observer is in place first, so the first check's answer decides whether the window
     // actions' keys are grabbed at all.
     services_.permissionManager.start();
+    services_.autoRestoreOnWake.start();
     services_.shortcutService.registerAllShortcuts();
     logShortcutsNotRegistered();
     rebuildStatusMenu();

@@ -31,6 +31,8 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/auto_restore_on_wake_service.h"
+#include "workspaces/deeplink_opener.h"
 #include "workspaces/display_arrangement_stability_service.h"
 #include "workspaces/display_change_monitor_service.h"
 #include "workspaces/space_manager.h"
@@ -135,8 +137,12 @@ public:
     DisplayChangeMonitorService displayChangeMonitor;
     // Which windows a workspace holds, read from the desktop.
     WorkspaceCapture workspaceCapture;
+    // A restored workspace's links, folders and terminal commands, opened last.
+    DeeplinkOpener deeplinkOpener;
     // Puts a saved workspace back.
     WorkspaceRestoration workspaceRestoration;
+    // Restores the last workspace when the displays change or the machine wakes, if asked to.
+    AutoRestoreOnWakeService autoRestoreOnWake;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

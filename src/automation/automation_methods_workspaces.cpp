@@ -1,6 +1,11 @@
+#include <algorithm>
+#include <limits>
+
 #include "automation/mcp_error.h"
 #include "automation/method_groups.h"
 #include "automation/method_support.h"
+#include "foundation/names.h"
+#include "workspaces/deeplink.h"
 #include "workspaces/display_arrangement_capture.h"
 #include "workspaces/display_key.h"
 #include "workspaces/space_json.h"
@@ -151,6 +156,86 @@ Json renameWorkspace(const AutomationContext& context, const MethodParams& param
     return Json{{"name", context.workspaceService.workspace(id)->name}};
 }
 
+// Longer texts are pasted by mistake; no link, path or command needs more.
+constexpr std::size_t kMaxDeeplinkLength = 4096;
+
+int requiredWindowIndex(const MethodParams& params) {
+    const auto index = params.optionalCount("window_index");
+    if (!index) {
+        throw MCPError::missingParam("window_index");
+    }
+    if (*index > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw MCPError::invalidParam("window_index is too large");
+    }
+    return static_cast<int>(*index);
+}
+
+// The deeplink's window, named by application and index. It must be one the workspace holds: a
+// link on any other would never be opened, and a typo in the identifier would go unnoticed.
+std::string deeplinkKeyFor(const Workspace& workspace, const MethodParams& params) {
+    const auto bundle = params.requiredText("bundle_id");
+    const int index = requiredWindowIndex(params);
+    int position = 0;
+    const bool held = std::any_of(
+        workspace.windowInfos.begin(), workspace.windowInfos.end(), [&](const WindowInfo& window) {
+            if (window.appBundleIdentifier != bundle) {
+                return false;
+            }
+            // Records without an index count the application's windows in order.
+            const auto windowIndex = window.windowIndex.value_or(position++);
+            return windowIndex == index;
+        });
+    if (!held) {
+        throw MCPError::invalidParam("Workspace '" + workspace.name + "' has no window " +
+                                     std::to_string(index) + " of " + bundle);
+    }
+    return deeplinkKey(bundle, index);
+}
+
+void saveDeeplinks(const AutomationContext& context, Workspace changed) {
+    if (!context.workspaceService.update(changed)) {
+        throw MCPError::invalidParam("Workspace '" + changed.name +
+                                     "' has no identifier and cannot be changed");
+    }
+}
+
+Json setDeeplink(const AutomationContext& context, const MethodParams& params) {
+    Workspace changed = requireWorkspace(context.workspaceService, params.requiredText("name"));
+    const auto key = deeplinkKeyFor(changed, params);
+    const auto value = trimmedName(params.requiredText("value"));
+    if (value.empty()) {
+        throw MCPError::invalidParam("A deeplink needs a value");
+    }
+    // A line break would run a typed command early and type the rest as another.
+    if (value.find_first_of("\r\n") != std::string::npos || value.size() > kMaxDeeplinkLength) {
+        throw MCPError::invalidParam("A deeplink is one line of at most " +
+                                     std::to_string(kMaxDeeplinkLength) + " characters");
+    }
+    const auto entry = deeplinkEntry(key, value);
+    auto links = changed.appDeeplinks.value_or(std::map<std::string, std::string>{});
+    links[key] = value;
+    changed.appDeeplinks = std::move(links);
+    saveDeeplinks(context, changed);
+    return Json{{"name", changed.name},
+                {"key", key},
+                {"value", value},
+                {"kind", deeplinkKindName(classifyDeeplink(entry->bundleID, value))}};
+}
+
+Json removeDeeplink(const AutomationContext& context, const MethodParams& params) {
+    Workspace changed = requireWorkspace(context.workspaceService, params.requiredText("name"));
+    const auto bundle = params.requiredText("bundle_id");
+    const auto key = deeplinkKey(bundle, requiredWindowIndex(params));
+    if (!changed.appDeeplinks || changed.appDeeplinks->erase(key) == 0) {
+        throw MCPError::notFound("deeplink '" + key + "' in workspace '" + changed.name + "'");
+    }
+    if (changed.appDeeplinks->empty()) {
+        changed.appDeeplinks.reset();
+    }
+    saveDeeplinks(context, changed);
+    return Json{{"removed", key}};
+}
+
 }  // namespace
 
 void addWorkspaceMethods(MethodTable& table, const SharedContext& context) {
@@ -169,6 +254,10 @@ void addWorkspaceMethods(MethodTable& table, const SharedContext& context) {
     });
     table["rename_workspace"] = answeringAtOnce(
         [context](const MethodParams& params) { return renameWorkspace(*context, params); });
+    table["set_deeplink"] = answeringAtOnce(
+        [context](const MethodParams& params) { return setDeeplink(*context, params); });
+    table["remove_deeplink"] = answeringAtOnce(
+        [context](const MethodParams& params) { return removeDeeplink(*context, params); });
     table["list_spaces"] =
         answeringAtOnce([context](const MethodParams&) { return listSpaces(*context); });
     table["create_space"] = answeringAtOnce([context](const MethodParams& params) {

@@ -26,8 +26,8 @@ void addLayoutMethods(MethodTable& table, const SharedContext& context);
 void addStatusMethods(MethodTable& table, const SharedContext& context);
 // capture_workspace, preview_capture, restore_workspace.
 void addCaptureMethods(MethodTable& table, const SharedContext& context);
-// list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, list_spaces,
-// create_space, delete_space, activate_space.
+// list_workspaces, get_workspace_layout, delete_workspace, rename_workspace, set_deeplink,
+// remove_deeplink, list_spaces, create_space, delete_space, activate_space.
 void addWorkspaceMethods(MethodTable& table, const SharedContext& context);
 // export_setup, import_preview, import_setup.
 void addSetupMethods(MethodTable& table, const SharedContext& context);

@@ -9,6 +9,7 @@
 #include "platform/applications.h"
 #include "platform/hot_keys.h"
 #include "platform/input_events.h"
+#include "platform/opening.h"
 #include "platform/pointer.h"
 #include "platform/screen.h"
 #include "platform/sleep_wake.h"
@@ -33,6 +34,7 @@ public:
     virtual AlertPort& alertPort() = 0;
     virtual HotKeyPort& hotKeyPort() = 0;
     virtual SleepWakePort& sleepWakePort() = 0;
+    virtual OpeningPort& openingPort() = 0;
 
     // Calls `done` on the main queue once the backend has caught up with every request made
     // before this call (an X server has processed them) and the work already queued has run, so

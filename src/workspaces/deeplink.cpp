@@ -1,42 +1,26 @@
 #include "workspaces/deeplink.h"
 
-#include <algorithm>
-#include <array>
 #include <charconv>
 
 #include "foundation/names.h"
+#include "workspaces/deeplink_profiles.h"
 
 namespace corvetta {
 
 namespace {
 
-// The macOS terminals first, then the usual Linux ones as their windows name them (desktop
-// entry ids, else the WM_CLASS class).
-constexpr std::array<std::string_view, 17> kTerminals = {
-    "com.apple.Terminal",
-    "com.googlecode.iterm2",
-    "com.github.wez.wezterm",
-    "net.kovidgoyal.kitty",
-    "com.mitchellh.ghostty",
-    "org.gnome.Terminal",
-    "org.gnome.Console",
-    "org.kde.konsole",
-    "org.xfce.Terminal",
-    "xfce4-terminal",
-    "org.wezfurlong.wezterm",
-    "kitty",
-    "Alacritty",
-    "XTerm",
-    "UXTerm",
-    "foot",
-    "terminator",
-};
-
 bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
+constexpr std::string_view kKindNames[] = {"browserURL", "appURL", "terminalCwd", "terminalCommand",
+                                           "filePath"};
+
 }  // namespace
+
+std::string_view deeplinkKindName(DeeplinkKind kind) {
+    return kKindNames[static_cast<std::size_t>(kind)];
+}
 
 std::string deeplinkKey(std::string_view bundleID, int windowIndex) {
     return std::string(bundleID) + "#" + std::to_string(windowIndex);
@@ -56,12 +40,15 @@ std::optional<DeeplinkEntry> deeplinkEntry(std::string_view key, std::string raw
     return DeeplinkEntry{std::string(key), std::string(key.substr(0, hash)), index, std::move(raw)};
 }
 
-bool isTerminalApplication(std::string_view bundleID) {
-    return std::find(kTerminals.begin(), kTerminals.end(), bundleID) != kTerminals.end();
-}
-
 DeeplinkKind classifyDeeplink(std::string_view bundleID, std::string_view raw) {
     const std::string text = trimmedName(raw);
+    if (const auto* profile = deeplinkProfile(bundleID)) {
+        for (const auto& prefix : profile->extraPrefixes) {
+            if (startsWith(text, prefix)) {
+                return DeeplinkKind::appURL;
+            }
+        }
+    }
     if (startsWith(text, "http://") || startsWith(text, "https://")) {
         return DeeplinkKind::browserURL;
     }

@@ -9,6 +9,9 @@ namespace corvetta {
 
 enum class DeeplinkKind { browserURL, appURL, terminalCwd, terminalCommand, filePath };
 
+// The case's name: "browserURL", "terminalCwd"...
+std::string_view deeplinkKindName(DeeplinkKind kind);
+
 // One deeplink of a workspace: which window of which application, and the text as entered.
 struct DeeplinkEntry {
     std::string key;
@@ -23,11 +26,9 @@ std::string deeplinkKey(std::string_view bundleID, int windowIndex);
 // No value for a key of another form (a hand-edited or damaged file).
 std::optional<DeeplinkEntry> deeplinkEntry(std::string_view key, std::string raw);
 
-// The terminals whose deeplink may be a directory or any shell command.
-bool isTerminalApplication(std::string_view bundleID);
-
-// Web addresses are browser links, other "scheme://" texts app links, paths files (directories
-// for a terminal), and anything else a terminal is given is a command to type.
+// A link that begins with one of the application's extra prefixes (its service's web address) is
+// an app link; other web addresses are browser links, other "scheme://" texts app links, paths
+// files (directories for a terminal), and anything else a terminal is given is a command to type.
 DeeplinkKind classifyDeeplink(std::string_view bundleID, std::string_view raw);
 
 }  // namespace corvetta

@@ -56,7 +56,7 @@ struct WorkspaceRestoration::Run {
 };
 
 WorkspaceRestoration::WorkspaceRestoration(Ports ports, AccessibilityElement& accessibilityElement,
-                                           WindowMover& windowMover,
+                                           WindowMover& windowMover, DeeplinkOpener& deeplinks,
                                            WorkspaceService& workspaceService,
                                            const WorkspaceCapture& capture, Preferences& defaults,
                                            MainQueue& queue, LoggingService& logging,
@@ -64,6 +64,7 @@ WorkspaceRestoration::WorkspaceRestoration(Ports ports, AccessibilityElement& ac
     : ports_(ports),
       accessibilityElement_(accessibilityElement),
       windowMover_(windowMover),
+      deeplinks_(deeplinks),
       workspaceService_(workspaceService),
       capture_(capture),
       defaults_(defaults),
@@ -424,19 +425,19 @@ void WorkspaceRestoration::dealWithOtherApplications(const std::shared_ptr<Run>&
 
 void WorkspaceRestoration::openDeeplinks(const std::shared_ptr<Run>& run) {
     const auto& links = run->workspace.appDeeplinks;
-    if (!deeplinkStep_ || !links || links->empty()) {
+    if (!links || links->empty()) {
         finish(run);
         return;
     }
     setStatus("Opening deeplinks…");
-    deeplinkStep_(run->workspace,
-                  [this, alive = std::weak_ptr<bool>(alive_), run](int opened, int raised) {
-                      if (alive.lock()) {
-                          run->report.deeplinksOpened = opened;
-                          run->report.deeplinksRaised = raised;
-                          finish(run);
-                      }
-                  });
+    deeplinks_.openDeeplinks(run->workspace, [this, alive = std::weak_ptr<bool>(alive_),
+                                              run](const DeeplinkReport& report) {
+        if (alive.lock()) {
+            run->report.deeplinksOpened = report.opened;
+            run->report.deeplinksRaised = report.raised;
+            finish(run);
+        }
+    });
 }
 
 void WorkspaceRestoration::finish(const std::shared_ptr<Run>& run) {

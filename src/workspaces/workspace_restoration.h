@@ -15,16 +15,12 @@
 #include "windowing/accessibility_element.h"
 #include "windowing/window_mover.h"
 #include "workspaces/application_readiness.h"
+#include "workspaces/deeplink_opener.h"
 #include "workspaces/workspace_capture.h"
 #include "workspaces/workspace_restorer.h"
 #include "workspaces/workspace_service.h"
 
 namespace corvetta {
-
-// Opens a workspace's deeplinks once its windows stand; `done` gets how many were opened and how
-// many were raised instead.
-using DeeplinkStep =
-    std::function<void(const Workspace&, std::function<void(int opened, int raised)> done)>;
 
 // The restoration pipeline, one restoration at a time through the workspace service's gate.
 // docs/workspaces.md, "Restoration", has the steps and the rules. Main thread only.
@@ -43,15 +39,13 @@ public:
     };
 
     WorkspaceRestoration(Ports ports, AccessibilityElement& accessibilityElement,
-                         WindowMover& windowMover, WorkspaceService& workspaceService,
-                         const WorkspaceCapture& capture, Preferences& defaults, MainQueue& queue,
-                         LoggingService& logging, ReadinessTimings timings = {});
+                         WindowMover& windowMover, DeeplinkOpener& deeplinks,
+                         WorkspaceService& workspaceService, const WorkspaceCapture& capture,
+                         Preferences& defaults, MainQueue& queue, LoggingService& logging,
+                         ReadinessTimings timings = {});
     ~WorkspaceRestoration() override;
     WorkspaceRestoration(const WorkspaceRestoration&) = delete;
     WorkspaceRestoration& operator=(const WorkspaceRestoration&) = delete;
-
-    // Set once by the composition root; without it deeplinks are left alone.
-    void setDeeplinkStep(DeeplinkStep step) { deeplinkStep_ = std::move(step); }
 
     bool isRestoring() const override;
     const std::string& restorationStatusMessage() const override { return statusMessage_; }
@@ -82,13 +76,13 @@ private:
     Ports ports_;
     AccessibilityElement& accessibilityElement_;
     WindowMover& windowMover_;
+    DeeplinkOpener& deeplinks_;
     WorkspaceService& workspaceService_;
     const WorkspaceCapture& capture_;
     Preferences& defaults_;
     MainQueue& queue_;
     Logger logger;
     ApplicationReadiness readiness_;
-    DeeplinkStep deeplinkStep_;
     std::string statusMessage_;
     std::shared_ptr<Run> current_;
     std::shared_ptr<bool> alive_;

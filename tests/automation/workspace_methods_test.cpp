@@ -1,5 +1,6 @@
 #include "automation_methods_fixture.h"
 #include "workspaces/display_key.h"
+#include "workspaces/workspace_json.h"
 
 namespace corvetta {
 namespace {
@@ -100,13 +101,43 @@ TEST_F(WorkspaceMethodsTest, RefusesUnknownNamesAndInvalidNames) {
         {"create_space", {{"name", "work"}}, SpaceManager::kNameTaken},
         {"delete_space", {{"name", "Global"}}, "Not found: space 'Global'"},
         {"activate_space", {{"name", "Play"}}, "Not found: space 'Play'"},
+        {"set_deeplink", {{"name", "Nope"}, {"bundle_id", "com.example.editor"}, {"window_index", 0}, {"value", "x"}}, "Not found: workspace 'Nope'"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"value", "x"}}, "Missing required param: window_index"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", -1}, {"value", "x"}}, "Invalid param window_index: expected a whole number from 0"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", 1}, {"value", "x"}}, "Workspace 'Coding' has no window 1 of com.example.editor"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.other"}, {"window_index", 0}, {"value", "x"}}, "Workspace 'Coding' has no window 0 of com.example.other"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", 0}, {"value", " \t"}}, "A deeplink needs a value"},
+        {"set_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", 0}, {"value", "ls\nrm -rf ~"}}, "A deeplink is one line of at most 4096 characters"},
+        {"remove_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", 3}}, "Not found: deeplink 'com.example.editor#3' in workspace 'Coding'"},
+        {"remove_deeplink", {{"name", "Coding"}, {"bundle_id", "com.example.editor"}}, "Missing required param: window_index"},
     };
     // clang-format on
     for (const auto& c : cases) {
         EXPECT_EQ(error(c.method, c.params), c.error) << c.method << " " << c.params.dump();
     }
     EXPECT_EQ(workspaces().workspaces()[0].name, "Coding");
+    EXPECT_EQ(workspaces().workspaces()[0].appDeeplinks, coding().appDeeplinks);
     EXPECT_EQ(rig->services.spaceManager.spaces().size(), 1u);
+}
+
+TEST_F(WorkspaceMethodsTest, SetsAndRemovesAWindowsDeeplinkAndSavesIt) {
+    workspaces().add(coding());
+    const Json window = {
+        {"name", "Coding"}, {"bundle_id", "com.example.editor"}, {"window_index", 0}};
+    Json set = window;
+    set["value"] = " https://example.com ";
+    EXPECT_EQ(result("set_deeplink", set), Json::parse(R"({"name": "Coding",
+        "key": "com.example.editor#0", "value": "https://example.com", "kind": "browserURL"})"));
+    EXPECT_EQ(result("remove_deeplink", window),
+              Json::parse(R"({"removed": "com.example.editor#0"})"));
+    // What is saved is what a restart reads back: the old entry kept, the removed one gone.
+    const auto bytes = rig->services.plumbing.defaults.data(WorkspaceService::kUserDefaultsKey);
+    ASSERT_TRUE(bytes.has_value());
+    const auto stored =
+        decodeLossyWorkspaces(std::string(bytes->begin(), bytes->end())).value().workspaces;
+    ASSERT_EQ(stored.size(), 1u);
+    EXPECT_EQ(stored[0].appDeeplinks, coding().appDeeplinks);
+    EXPECT_EQ(result("list_workspaces")["workspaces"][0]["deeplinks"].size(), 1u);
 }
 
 }  // namespace

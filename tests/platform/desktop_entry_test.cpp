@@ -1,5 +1,6 @@
-// Desktop entries: the decoder, the Exec line's quoting and field codes, and which installed entry
-// a running application is matched to.
+// Desktop entries: the decoder, the Exec line's quoting and field codes (with links and files to
+// open), terminals' directory options, and which installed entry a running application is
+// matched to.
 
 #include "platform/xdg/desktop_entry.h"
 
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/xdg/desktop_entries.h"
+#include "platform/xdg/terminal_launch.h"
 #include "support/temporary_folder.h"
 
 namespace corvetta {
@@ -92,6 +94,57 @@ TEST(DesktopEntry, ExecLinesSplitQuoteAndExpandTheirFieldCodes) {
     EXPECT_THAT(*parseExecLine("editor %i", {}), ElementsAre("editor")) << "no icon, no --icon";
     for (const char* bad : {"editor \"open", "editor %z", "editor %", "%U", "", "\"\" x"}) {
         EXPECT_FALSE(parseExecLine(bad, context)) << bad;
+    }
+}
+
+TEST(DesktopEntry, ExecLinesTakeLinksAndFilesAsTheirFieldCodesSay) {
+    const std::vector<std::string> both = {"file:///home/me/My%20Notes/a.md", "/srv/b.txt"};
+    const std::string filesOnly = "' is not a file, and the application takes files only";
+    const struct {
+        const char* exec;
+        std::vector<std::string> targets;
+        std::vector<std::string> arguments;
+        std::string error;
+    } cases[] = {
+        {"editor %u", {"https://example.com/?q=1"}, {"editor", "https://example.com/?q=1"}, ""},
+        {"editor --open=%f", both, {"editor", "--open=/home/me/My Notes/a.md"}, ""},
+        {"editor %F --wait",
+         both,
+         {"editor", "/home/me/My Notes/a.md", "/srv/b.txt", "--wait"},
+         ""},
+        {"editor %U", both, {"editor", both[0], both[1]}, ""},
+        {"editor %f", {"file://localhost/etc/hosts"}, {"editor", "/etc/hosts"}, ""},
+        {"editor %f", {"https://example.com"}, {}, "'https://example.com" + filesOnly},
+        {"editor %f", {"file://server/share"}, {}, "'file://server/share" + filesOnly},
+        {"editor --new-window", {"/srv"}, {}, "Exec takes no files or links"},
+    };
+    for (const auto& c : cases) {
+        const auto arguments = parseExecLine(c.exec, {"", "", "", c.targets});
+        if (c.error.empty()) {
+            ASSERT_TRUE(arguments) << c.exec << ": " << arguments.error();
+            EXPECT_EQ(*arguments, c.arguments) << c.exec;
+        } else {
+            ASSERT_FALSE(arguments) << c.exec;
+            EXPECT_EQ(arguments.error(), c.error) << c.exec;
+        }
+    }
+}
+
+TEST(TerminalLaunch, EachTerminalOpensInTheDirectoryThroughItsOwnOption) {
+    const struct {
+        std::vector<std::string> exec;
+        TerminalLaunch launch;
+    } cases[] = {
+        {{"gnome-terminal"}, {{"gnome-terminal", "--working-directory=/a b"}, ""}},
+        {{"/usr/bin/konsole"}, {{"/usr/bin/konsole", "--workdir", "/a b"}, ""}},
+        {{"kitty"}, {{"kitty", "--directory", "/a b"}, ""}},
+        {{"wezterm", "start", "--cwd", "."}, {{"wezterm", "start", "--cwd", "/a b"}, ""}},
+        {{"alacritty"}, {{"alacritty", "--working-directory", "/a b"}, ""}},
+        {{"xterm", "-ls"}, {{"xterm", "-ls"}, "/a b"}},
+        {{"flatpak", "run", "org.example.Term"}, {{"flatpak", "run", "org.example.Term"}, "/a b"}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(terminalLaunchInDirectory(c.exec, "/a b"), c.launch) << c.exec.front();
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "workspaces/deeplink_profiles.h"
+
 namespace corvetta {
 namespace {
 
@@ -33,10 +35,50 @@ TEST(Deeplink, ClassifiesByTextAndApplication) {
         {"org.gnome.Terminal", "/srv", DeeplinkKind::terminalCwd},
         {"com.apple.Terminal", "npm run dev", DeeplinkKind::terminalCommand},
         {"XTerm", "ssh host://x", DeeplinkKind::terminalCommand},
+        // A service's web address belongs to its app; other web addresses stay browser links.
+        {"notion.id", "https://www.notion.so/Page-1", DeeplinkKind::appURL},
+        {"notion.id", "https://notion.so/Page-1", DeeplinkKind::appURL},
+        {"com.figma.Desktop", "https://figma.com/file/x", DeeplinkKind::appURL},
+        {"com.linear", "https://linear.app/team/issue/ENG-1", DeeplinkKind::appURL},
+        {"com.microsoft.teams2", "https://teams.microsoft.com/l/meetup", DeeplinkKind::appURL},
+        {"notion.id", "https://example.com/notion.so/", DeeplinkKind::browserURL},
+        {"com.tinyspeck.slackmacgap", "https://myteam.slack.com", DeeplinkKind::browserURL},
+        // Linux applications by desktop id or window class.
+        {"debian-xterm", "~", DeeplinkKind::terminalCwd},
+        {"org.wezfurlong.wezterm", "htop", DeeplinkKind::terminalCommand},
+        {"Alacritty", "file:///srv", DeeplinkKind::terminalCwd},
+        {"code", "/home/me/app", DeeplinkKind::filePath},
+        {"firefox-esr", "notes.txt", DeeplinkKind::filePath},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(classifyDeeplink(c.bundle, c.raw), c.kind) << c.bundle << " " << c.raw;
     }
+}
+
+TEST(Deeplink, ProfilesAreTheMacApplicationsInOrderAndFoundByLinuxIdsToo) {
+    const auto& profiles = appDeeplinkProfiles();
+    ASSERT_EQ(profiles.size(), 23u);
+    EXPECT_EQ(profiles.front().first, "com.microsoft.VSCode");
+    EXPECT_EQ(profiles[10].first, "com.apple.finder");
+    EXPECT_EQ(profiles.back().first, "md.obsidian");
+    const struct {
+        const char* id;
+        const char* sameAs;
+    } aliases[] = {{"code", "com.microsoft.VSCode"},
+                   {"org.wezfurlong.wezterm", "com.github.wez.wezterm"},
+                   {"Slack", "com.tinyspeck.slackmacgap"},
+                   {"md.obsidian.Obsidian", "md.obsidian"}};
+    for (const auto& alias : aliases) {
+        EXPECT_EQ(deeplinkProfile(alias.id), deeplinkProfile(alias.sameAs)) << alias.id;
+    }
+    EXPECT_EQ(deeplinkProfile("org.gnome.Nautilus")->schemePrefix, "file://");
+    EXPECT_EQ(deeplinkProfile("com.example.unknown"), nullptr);
+    EXPECT_EQ(deeplinkProfile(""), nullptr);
+    for (const char* terminal :
+         {"org.gnome.Terminal", "org.kde.konsole", "kitty", "XTerm", "com.mitchellh.ghostty"}) {
+        EXPECT_TRUE(isTerminalApplication(terminal)) << terminal;
+    }
+    EXPECT_FALSE(isTerminalApplication("com.microsoft.VSCode"));
 }
 
 }  // namespace

@@ -260,6 +260,31 @@ TEST_F(WorkspaceRestorationTest, OneRestorationAtATimeWithItsStepInTheStatus) {
     EXPECT_FALSE(first);
 }
 
+// The whole way from the system's signal to the windows: the last restored workspace comes back
+// after a wake, and after a display left it is laid out on the one that remains.
+TEST_F(WorkspaceRestorationTest, WakeAndDisplayChangesBringTheLastRestoredWorkspaceBack) {
+    plumbing.defaults.set(AutoRestoreOnWakeService::kEnabledKey, true);
+    root.autoRestoreOnWake.start();
+    const Workspace saved = capture({"com.example.editor"});
+    restore(saved);
+
+    sim.dragWindow(11, {0, 25, 300, 300});
+    sim.sleepAndWake();
+    plumbing.queue.advance(3s);
+    EXPECT_EQ(sim.windowFrame(11), Rect(1600, 100, 800, 600));
+    EXPECT_TRUE(logged("⏱ AUTO-RESTORE trigger 'Work'"));
+
+    sim.setDisplays({desk().displays[0]});
+    plumbing.queue.advance(3s);
+    const auto onA = sim.windowFrame(11);
+    ASSERT_TRUE(onA);
+    EXPECT_TRUE(Rect(0, 25, 1440, 875).contains(*onA)) << onA->description();
+    // Not where the system left the stranded window (the top-left corner), but in proportion to
+    // where it stood on B (160 of 1920 across, 280 of 1080 down) within A's visible frame.
+    EXPECT_EQ(onA->origin, (Point{120, 251}));
+    EXPECT_TRUE(logged("display disconnected"));
+}
+
 // Saved windows (title, index) against live titles, front to back.
 TEST(WindowMatching, TitleThenIndexThenOrderEachLiveWindowTakenOnce) {
     using R = WindowMatchRule;

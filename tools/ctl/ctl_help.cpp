@@ -44,6 +44,10 @@ constexpr MethodHelp kMethods[] = {
      "windows); answers when done, with how many windows were placed"},
     {"delete_workspace", "name=NAME", "delete a saved workspace"},
     {"rename_workspace", "name=NAME new_name=NAME", "rename a workspace within its space"},
+    {"set_deeplink", "name=NAME bundle_id=ID window_index=N value=TEXT",
+     "set what a saved window opens on restore: a link, a path, a terminal directory or a\n"
+     "command; the workspace must hold window N (from 0) of that application"},
+    {"remove_deeplink", "name=NAME bundle_id=ID window_index=N", "remove a window's deeplink"},
     {"list_spaces", "", "the spaces, the global space first, with the active one marked"},
     {"create_space", "name=NAME", "create a named space"},
     {"delete_space", "name=NAME", "delete a space; its workspaces move to the global space"},

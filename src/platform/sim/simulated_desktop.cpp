@@ -180,7 +180,8 @@ struct SimulatedDesktop::State : sim::DesktopModel {
 SimulatedDesktop::SimulatedDesktop(SimulatedDesktopSetup setup, MainQueue& queue)
     : hotKeys_(setup.reservedHotKeys),
       state_(std::make_shared<State>(std::move(setup), queue)),
-      alerts_(queue) {}
+      alerts_(queue),
+      opening_(std::make_unique<SimulatedOpening>(state_)) {}
 
 SimulatedDesktop::~SimulatedDesktop() = default;
 

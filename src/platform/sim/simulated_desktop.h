@@ -13,6 +13,7 @@
 #include "platform/sim/simulated_alerts.h"
 #include "platform/sim/simulated_desktop_setup.h"
 #include "platform/sim/simulated_hot_keys.h"
+#include "platform/sim/simulated_opening.h"
 
 namespace corvetta {
 
@@ -45,6 +46,7 @@ public:
     AlertPort& alertPort() override { return alerts_; }
     HotKeyPort& hotKeyPort() override { return hotKeys_; }
     SleepWakePort& sleepWakePort() override { return *this; }
+    OpeningPort& openingPort() override { return *opening_; }
     // Nothing lags behind the model itself: `done` runs on the next queue turn.
     void synchronize(std::function<void()> done) override;
 
@@ -95,6 +97,10 @@ public:
     SimulatedAlerts& alerts() { return alerts_; }
     // The hot keys registered, presses of them, and combinations other applications hold.
     SimulatedHotKeys& hotKeys() { return hotKeys_; }
+    // The links, files and terminals opened and the text typed, in order.
+    const std::vector<SimulatedOpeningRequest>& openingRequests() const {
+        return opening_->requests();
+    }
 
     // The ports.
 
@@ -136,6 +142,7 @@ private:
     SimulatedHotKeys hotKeys_;
     std::shared_ptr<State> state_;
     SimulatedAlerts alerts_;
+    std::unique_ptr<SimulatedOpening> opening_;
 };
 
 }  // namespace corvetta

@@ -11,6 +11,7 @@
 #include "platform/x11/x11_connection.h"
 #include "platform/x11/x11_event_monitor.h"
 #include "platform/x11/x11_hot_keys.h"
+#include "platform/x11/x11_opening.h"
 #include "platform/x11/x11_pointer.h"
 #include "platform/x11/x11_screens.h"
 #include "platform/x11/x11_window_list.h"
@@ -49,8 +50,8 @@ struct X11Desktop::Parts {
           std::string ownBundleIdentifier, X11Launching launching)
         : connection(std::move(opened)),
           screens(*connection),
-          applications(*connection, thisProgram(std::move(ownBundleIdentifier)),
-                       std::move(launching)),
+          applications(*connection, thisProgram(std::move(ownBundleIdentifier)), launching),
+          opening(*connection, std::move(launching)),
           windowList(*connection, screens),
           accessibility(*connection, screens, applications),
           alerts(queue, report),
@@ -80,6 +81,7 @@ struct X11Desktop::Parts {
     std::unique_ptr<X11Connection> connection;
     X11Screens screens;
     X11Applications applications;
+    X11Opening opening;
     X11WindowList windowList;
     X11Accessibility accessibility;
     X11Alerts alerts;
@@ -134,6 +136,9 @@ HotKeyPort& X11Desktop::hotKeyPort() {
 }
 SleepWakePort& X11Desktop::sleepWakePort() {
     return parts_->sleepWake;
+}
+OpeningPort& X11Desktop::openingPort() {
+    return parts_->opening;
 }
 
 std::uint64_t X11Desktop::roundTrips() const {

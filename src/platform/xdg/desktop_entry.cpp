@@ -1,5 +1,6 @@
 #include "platform/xdg/desktop_entry.h"
 
+#include <cctype>
 #include <map>
 #include <optional>
 
@@ -73,6 +74,57 @@ std::vector<std::string> listItems(std::string_view value) {
         items.push_back(unescaped(item));
     }
     return items;
+}
+
+// A target as a path: an absolute path as it is, a "file://" link without its scheme and host,
+// percent escapes decoded; none for anything else.
+std::optional<std::string> targetPath(std::string_view target) {
+    if (target.starts_with('/')) {
+        return std::string(target);
+    }
+    constexpr std::string_view kFileScheme = "file://";
+    if (!target.starts_with(kFileScheme)) {
+        return std::nullopt;
+    }
+    const auto rest = target.substr(kFileScheme.size());
+    const auto slash = rest.find('/');
+    const auto host = rest.substr(0, slash);
+    if (slash == std::string_view::npos || (!host.empty() && host != "localhost")) {
+        return std::nullopt;
+    }
+    std::string path;
+    for (std::size_t index = slash; index < rest.size(); ++index) {
+        const auto hex = [&](std::size_t at) {
+            return std::isxdigit(static_cast<unsigned char>(rest[at]));
+        };
+        if (rest[index] == '%' && index + 2 < rest.size() && hex(index + 1) && hex(index + 2)) {
+            path +=
+                static_cast<char>(std::stoi(std::string(rest.substr(index + 1, 2)), nullptr, 16));
+            index += 2;
+        } else {
+            path += rest[index];
+        }
+    }
+    return path;
+}
+
+// The targets as %f %F %u %U hand them over.
+Expected<std::vector<std::string>, std::string> expandedTargets(
+    char code, const std::vector<std::string>& targets) {
+    const bool asFiles = code == 'f' || code == 'F';
+    const std::size_t count = code == 'f' || code == 'u' ? 1 : targets.size();
+    std::vector<std::string> expanded;
+    for (std::size_t index = 0; index < count; ++index) {
+        if (!asFiles) {
+            expanded.push_back(targets[index]);
+        } else if (auto path = targetPath(targets[index])) {
+            expanded.push_back(std::move(*path));
+        } else {
+            return unexpected("'" + targets[index] +
+                              "' is not a file, and the application takes files only");
+        }
+    }
+    return expanded;
 }
 
 using Group = std::map<std::string, std::string, std::less<>>;
@@ -163,6 +215,7 @@ Expected<std::vector<std::string>, std::string> parseExecLine(std::string_view e
     // and whether a dropped field code was all of it.
     bool hasWord = false;
     bool onlyDropped = false;
+    bool usedTargets = false;
     auto finishWord = [&] {
         if (hasWord && !(onlyDropped && word.empty())) {
             arguments.push_back(word);
@@ -204,6 +257,29 @@ Expected<std::vector<std::string>, std::string> parseExecLine(std::string_view e
                 case 'F':
                 case 'u':
                 case 'U':
+                    if (!context.targets.empty()) {
+                        auto expanded = expandedTargets(code, context.targets);
+                        if (!expanded) {
+                            return unexpected(expanded.error());
+                        }
+                        usedTargets = true;
+                        if (code == 'f' || code == 'u') {
+                            word += expanded->front();
+                            onlyDropped = false;
+                            break;
+                        }
+                        // A list takes one argument each, after what stood before it.
+                        if (hasWord && !word.empty()) {
+                            arguments.push_back(word);
+                        }
+                        word.clear();
+                        arguments.insert(arguments.end(), expanded->begin(), expanded->end());
+                        hasWord = false;
+                        onlyDropped = false;
+                        continue;
+                    }
+                    onlyDropped = !hasWord || onlyDropped;
+                    break;
                 case 'd':
                 case 'D':
                 case 'n':
@@ -241,6 +317,9 @@ Expected<std::vector<std::string>, std::string> parseExecLine(std::string_view e
     finishWord();
     if (arguments.empty() || arguments.front().empty()) {
         return unexpected(std::string("Exec names no program"));
+    }
+    if (!context.targets.empty() && !usedTargets) {
+        return unexpected(std::string("Exec takes no files or links"));
     }
     return arguments;
 }

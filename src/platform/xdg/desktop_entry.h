@@ -47,14 +47,18 @@ struct ExecContext {
     std::string name;
     // The entry's file (%k).
     std::string location;
+    // What to open: links, or absolute paths. %u is the first as given, %U all of them; %f the
+    // first as a path and %F all, a "file://" link turned into its path.
+    std::vector<std::string> targets{};
 };
 
 // An Exec value split into the program and its arguments, as freedesktop.org desktop entries
 // quote them: arguments are separated by spaces; a double-quoted argument may hold spaces and
-// escapes ", `, $ and \ with a backslash. Field codes, for a launch without files or URLs: %f %F
-// %u %U are dropped (an argument made of one alone vanishes), %i becomes "--icon" and the icon
-// (nothing without one), %c the name, %k the location, %% a percent sign; the deprecated %d %D %n
-// %N %v %m are dropped. Fails on an unterminated quote, an unknown field code, or no program.
+// escapes ", `, $ and \ with a backslash. Field codes: %f %F %u %U take the context's targets,
+// and are dropped without any (an argument made of one alone vanishes); %i becomes "--icon" and
+// the icon (nothing without one), %c the name, %k the location, %% a percent sign; the deprecated
+// %d %D %n %N %v %m are dropped. Fails on an unterminated quote, an unknown field code, no
+// program, targets where the Exec takes none, and a link that is not a file where it takes files.
 Expected<std::vector<std::string>, std::string> parseExecLine(std::string_view exec,
                                                               const ExecContext& context);
 

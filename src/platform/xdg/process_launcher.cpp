@@ -33,7 +33,8 @@ std::vector<char*> nullTerminated(const std::vector<std::string>& texts) {
 }  // namespace
 
 Expected<ProcessId, std::string> ProcessLauncher::launch(
-    const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+    const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+    const std::string& workingDirectory) {
     if (arguments.empty() || arguments.front().empty()) {
         return unexpected(std::string("no program to start"));
     }
@@ -42,9 +43,15 @@ Expected<ProcessId, std::string> ProcessLauncher::launch(
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (!workingDirectory.empty()) {
+        posix_spawn_file_actions_addchdir_np(&actions, workingDirectory.c_str());
+    }
     pid_t process = 0;
     const int failed =
-        posix_spawnp(&process, argv.front(), nullptr, &attributes, argv.data(), envp.data());
+        posix_spawnp(&process, argv.front(), &actions, &attributes, argv.data(), envp.data());
+    posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     if (failed != 0) {
         return unexpected("cannot start " + arguments.front() + ": " + std::strerror(failed));

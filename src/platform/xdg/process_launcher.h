@@ -22,10 +22,12 @@ public:
     ProcessLauncher(const ProcessLauncher&) = delete;
     ProcessLauncher& operator=(const ProcessLauncher&) = delete;
 
-    // `arguments[0]` is looked up on PATH; `environment` holds NAME=VALUE texts. The process, or
-    // why it could not start.
+    // `arguments[0]` is looked up on PATH; `environment` holds NAME=VALUE texts; the process
+    // starts in `workingDirectory` when one is given, else in this one's. The process, or why it
+    // could not start.
     Expected<ProcessId, std::string> launch(const std::vector<std::string>& arguments,
-                                            const std::vector<std::string>& environment);
+                                            const std::vector<std::string>& environment,
+                                            const std::string& workingDirectory = {});
 
 private:
     struct Running {
