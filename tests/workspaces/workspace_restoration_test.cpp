@@ -24,6 +24,19 @@ SimulatedApplication app(ProcessId pid, const std::string& id, std::vector<Simul
         .pid = pid, .bundleIdentifier = id, .name = id, .windows = std::move(w)};
 }
 
+// Starts 2 s after it is launched and shows a window then, 1 s, 2 s and 4 s later.
+SimulatedApplication slowApplication() {
+    auto slow = app(600, "com.example.slow", {});
+    for (const int second : {0, 1, 2, 4}) {
+        slow.windows.push_back({.number = static_cast<WindowNumber>(61 + second),
+                                .title = "slow " + std::to_string(second),
+                                .frame = {0, 25, 200, 200},
+                                .appearsAfter = std::chrono::seconds(second)});
+    }
+    slow.launchDelay = std::chrono::seconds(2);
+    return slow;
+}
+
 // A (1440x900, menu bar 25) and B (1920x1080) to its right. The editor opens "Untitled" windows
 // from its menu; the terminal sizes itself in 10x20 cells; chat is never part of the workspace;
 // the browser and an application that never shows a window are installed and not running.
@@ -52,7 +65,7 @@ SimulatedDesktopSetup desk() {
            .opensWindow = SimulatedWindow{.title = "Untitled", .frame = {40, 60, 700, 500}}}}}};
     s.installed = {app(400, "com.example.browser",
                        {{.number = 41, .title = "Start", .frame = {0, 25, 900, 700}}}),
-                   app(500, "com.example.silent", {})};
+                   app(500, "com.example.silent", {}), slowApplication()};
     s.frontmost = 200;
     return s;
 }
@@ -224,6 +237,44 @@ TEST_F(WorkspaceRestorationTest, LaunchesMissingAppsUnlessToldNotAndReportsThose
     EXPECT_EQ(
         runningCopiesOf(root.plumbing.desktop.applicationsPort(), "com.example.browser").size(),
         1U);
+}
+
+TEST_F(WorkspaceRestorationTest, ASlowAppIsWaitedForWhileItKeepsShowingWindows) {
+    Workspace saved;
+    saved.id = Uuid::random();
+    saved.name = "Slow";
+    for (int i = 0; i < 4; ++i) {
+        saved.windowInfos.push_back(
+            WindowInfo{.frame = {300.0 + 100 * i, 200, 400, 300},
+                       .monitorID = std::string(kUuidA),
+                       .appBundleIdentifier = std::string("com.example.slow"),
+                       .windowTitle = "slow " + std::to_string(i == 3 ? 4 : i),
+                       .windowIndex = i});
+    }
+    std::optional<RestoreReport> report;
+    root.workspaceRestoration.restore(saved, RestoreTrigger::user,
+                                      [&](const RestoreReport& r) { report = r; });
+    // Launched at 0, running at 2 s, windows at 2, 3 and 4 s; each restarts the 1.5 s wait, so
+    // the wait ends at 5.5 s, before the window of 6 s.
+    plumbing.queue.advance(5400ms);
+    EXPECT_FALSE(report);
+    EXPECT_EQ(root.workspaceRestoration.restorationStatusMessage(),
+              "Waiting for com.example.slow…");
+    plumbing.queue.advance(200ms);
+    ASSERT_TRUE(report);
+    EXPECT_EQ(report->windowsPlaced, 3);
+    EXPECT_EQ(sim.windowFrame(61), Rect(300, 200, 400, 300));
+    EXPECT_EQ(sim.windowFrame(63), Rect(500, 200, 400, 300));
+    EXPECT_TRUE(report->failedApplications.empty());
+}
+
+TEST_F(WorkspaceRestorationTest, DeeplinksAreOpenedLastAndCounted) {
+    Workspace saved = capture({"com.example.editor"});
+    saved.appDeeplinks =
+        std::map<std::string, std::string>{{"com.example.editor#0", "https://example.com/docs"}};
+    const auto report = restore(saved);
+    EXPECT_EQ(report.deeplinksOpened + report.deeplinksRaised, 1);
+    EXPECT_TRUE(logged("🔗 All deeplinks scheduled (staggered per-app)"));
 }
 
 TEST_F(WorkspaceRestorationTest, OtherAppsAreClosedOnRequestAndHiddenByAnAutomaticRestore) {
