@@ -98,6 +98,27 @@ bool E2eDesktop::corvettaSaid(const std::string& text) {
     return corvetta_ && corvetta_->waitForError(text, std::chrono::seconds(0));
 }
 
+std::size_t E2eDesktop::corvettaOutputMark() {
+    if (!corvetta_) {
+        return 0;
+    }
+    corvetta_->waitForError("\n\x01", std::chrono::seconds(0));
+    return corvetta_->errors().size();
+}
+
+std::optional<std::size_t> E2eDesktop::waitForCorvettaToSay(std::size_t mark,
+                                                            const std::vector<std::string>& texts) {
+    if (!corvetta_) {
+        return std::nullopt;
+    }
+    return corvetta_->waitForErrorAfter(mark, texts, std::chrono::seconds(10));
+}
+
+bool E2eDesktop::xrandr(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "xrandr");
+    return RunningProcess(std::move(arguments), environment()).waitForExit() == 0;
+}
+
 XFrame E2eDesktop::frameOf(uint32_t window) {
     const auto frame = probe_->outerFrame(window);
     if (!frame) {

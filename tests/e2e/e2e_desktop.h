@@ -48,6 +48,14 @@ protected:
     void sync();
     // Whether the program wrote `text` on its standard error by now.
     bool corvettaSaid(const std::string& text);
+    // How much the program has written on its standard error so far: a mark for the next call.
+    std::size_t corvettaOutputMark();
+    // Waits (10 s at most) until the program writes one of `texts` after `mark`: which one came
+    // first, none when none came.
+    std::optional<std::size_t> waitForCorvettaToSay(std::size_t mark,
+                                                    const std::vector<std::string>& texts);
+    // xrandr with these arguments on this desktop; whether it succeeded.
+    bool xrandr(std::vector<std::string> arguments);
 
     // The window's outer frame as the X server has it.
     XFrame frameOf(uint32_t window);

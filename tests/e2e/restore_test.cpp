@@ -85,5 +85,46 @@ TEST_F(RestoreOnX11, MovedClosedAndQuitWindowsComeBackWithoutDuplicates) {
     EXPECT_EQ(x().managedWindows().size(), 3U);
 }
 
+// A monitor unplugged and plugged back: the last restored workspace is laid out on the monitor that
+// is left, then put back where it was once the monitor returns.
+TEST_F(RestoreOnX11, AutoRestoreFollowsAMonitorThatLeavesAndComesBack) {
+    startDesktop({{0, 0, 1280, 800}, {1280, 0, 1920, 1080}});
+    startCorvetta(R"({"autoRestoreOnWakeEnabled": true})");
+    const uint32_t onSecond = startClient(
+        {"--class", "CorvettaEditor", "--title", "wide", "--geometry", "800x600+1600+200"});
+    sync();
+    const XFrame saved = frameOf(onSecond);
+    ASSERT_THAT(request("capture_workspace", R"({"name":"Work"})"),
+                HasSubstr(R"("windowCount":1)"));
+    ASSERT_THAT(request("restore_workspace", R"({"name":"Work"})"),
+                HasSubstr(R"("windowsPlaced":1)"));
+
+    auto mark = corvettaOutputMark();
+    ASSERT_TRUE(xrandr({"--delmonitor", "M2"}));
+    ASSERT_EQ(waitForCorvettaToSay(mark, {"Restored 'Work'"}), 0U) << "no restore after unplugging";
+    sync();
+    const XFrame laidOut = frameOf(onSecond);
+    EXPECT_LE(laidOut.x + laidOut.width, 1280) << laidOut;
+    EXPECT_LE(laidOut.y + laidOut.height, 800) << laidOut;
+
+    // The monitor may come back within the auto-restore's cooldown, which ignores it; the user
+    // then plugs it in once more, as people do, until it is taken.
+    bool returned = false;
+    for (int attempt = 0; attempt < 12 && !returned; ++attempt) {
+        mark = corvettaOutputMark();
+        if (attempt > 0) {
+            ASSERT_TRUE(xrandr({"--delmonitor", "M2"}));
+        }
+        ASSERT_TRUE(xrandr({"--setmonitor", "M2", "1920/508x1080/286+1280+0", "none"}));
+        const auto outcome =
+            waitForCorvettaToSay(mark, {"Restored 'Work'", "within cooldown window"});
+        ASSERT_TRUE(outcome) << "the reconnection was not evaluated";
+        returned = *outcome == 0;
+    }
+    ASSERT_TRUE(returned);
+    sync();
+    EXPECT_EQ(frameOf(onSecond), saved);
+}
+
 }  // namespace
 }  // namespace corvetta::testing

@@ -129,6 +129,26 @@ bool RunningProcess::waitForError(std::string_view text, std::chrono::seconds li
                      Clock::now() + limit);
 }
 
+std::optional<std::size_t> RunningProcess::waitForErrorAfter(std::size_t offset,
+                                                             const std::vector<std::string>& texts,
+                                                             std::chrono::seconds limit) {
+    std::optional<std::size_t> found;
+    pumpUntil(
+        [&] {
+            std::size_t first = std::string::npos;
+            for (std::size_t i = 0; i < texts.size(); ++i) {
+                const auto at = err_.text.find(texts[i], offset);
+                if (at < first) {
+                    first = at;
+                    found = i;
+                }
+            }
+            return found.has_value();
+        },
+        Clock::now() + limit);
+    return found;
+}
+
 std::optional<int> RunningProcess::waitForExit(std::chrono::seconds limit) {
     if (pid_ <= 0) {
         return std::nullopt;

@@ -27,6 +27,12 @@ public:
                                            std::chrono::seconds limit = kDeadline);
     // True once standard error holds `text`; false when it ended or the deadline passed first.
     bool waitForError(std::string_view text, std::chrono::seconds limit = kDeadline);
+    // Which of `texts` standard error holds first at or after byte `offset` (errors().size()
+    // taken earlier, so a line the program writes again is told from its last time); none when
+    // it ended or the deadline passed first.
+    std::optional<std::size_t> waitForErrorAfter(std::size_t offset,
+                                                 const std::vector<std::string>& texts,
+                                                 std::chrono::seconds limit = kDeadline);
     // The exit code, or 128 + the signal that ended it; nothing while it still runs at the end.
     std::optional<int> waitForExit(std::chrono::seconds limit = kDeadline);
 
