@@ -105,7 +105,7 @@ void HoldToCycle::hide() {
 
 void HoldToCycle::installMonitors() {
     if (isListening()) {
-        logger_.debug("Cycle: monitors already installed, skipping");
+        logger_.info("Cycle: monitors already installed, skipping");
         return;
     }
     logger_.info("Cycle: installing modifier-release monitors");
