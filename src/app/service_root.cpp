@@ -35,8 +35,6 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       shortcutManager(masShortcutManager),
       shortcutBridge(shortcutManager, keyboardShortcuts, p.notifications, p.logging),
       shortcutStartup(p.defaults, shortcutManager, hotKeyStore, keyboardShortcuts, p.logging),
-      shortcutService(shortcutBridge, hotKeyStore, windowSnappingService, p.defaults, p.logging,
-                      callbacks.quit),
       customLayoutStore(p.defaults, shortcutBridge, p.notifications, p.queue.clock(),
                         configFolderOf(p), p.logging),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
@@ -71,6 +69,25 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                          .defaults = p.defaults,
                          .queue = p.queue,
                          .logging = p.logging}),
+      windowPresenter(p.logging),
+      shortcutService({.shortcutBridge = shortcutBridge,
+                       .hotKeyStore = hotKeyStore,
+                       .snappingService = windowSnappingService,
+                       .workspaceService = workspaceService,
+                       .spaceManager = spaceManager,
+                       .layoutStore = customLayoutStore,
+                       .restorer = workspaceRestoration,
+                       .windowPresenter = windowPresenter,
+                       .events = p.desktop.eventMonitorPort(),
+                       .defaults = p.defaults,
+                       .notifications = p.notifications,
+                       .logging = p.logging},
+                      {.quit = callbacks.quit,
+                       .applyLayout =
+                           [logger = Logger(p.logging, "LayoutService")](const Uuid& templateId) {
+                               logger.warning("Applying layouts is not available yet (template " +
+                                              templateId.string() + ")");
+                           }}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
     if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
         addSimulateMethod(*automationMethods, *simulated);
@@ -99,6 +116,7 @@ AutomationContext ServiceRoot::automationContext() {
         .workspaceCapture = workspaceCapture,
         .restorer = workspaceRestoration,
         .spaceManager = spaceManager,
+        .shortcuts = shortcutService,
         .importExport = importExport,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,

@@ -26,6 +26,7 @@
 #include "shortcuts/mas_shortcut_manager.h"
 #include "shortcuts/shortcut_manager.h"
 #include "shortcuts/shortcut_startup.h"
+#include "shortcuts/window_presenter.h"
 #include "windowing/accessibility_element.h"
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_calculation_service.h"
@@ -120,7 +121,6 @@ public:
     ShortcutManager shortcutManager;
     KeyboardShortcutsBridge shortcutBridge;
     ShortcutStartup shortcutStartup;
-    ShortcutService shortcutService;
 
     // The user's layout templates.
     CustomLayoutStore customLayoutStore;
@@ -143,6 +143,11 @@ public:
     WorkspaceRestoration workspaceRestoration;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
+
+    // The program's own windows; only logged until the user interface provides them.
+    LoggingWindowPresenter windowPresenter;
+    // The live set of global shortcuts, over everything above.
+    ShortcutService shortcutService;
 
     // The socket's methods.
     std::unique_ptr<AutomationMethods> automationMethods;

@@ -18,6 +18,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addWorkspaceMethods(methods_, context_);
     addSetupMethods(methods_, context_);
     addCaptureMethods(methods_, context_);
+    addShortcutMethods(methods_, context_);
 }
 
 void AutomationMethods::add(const std::string& method, MethodHandler handler) {

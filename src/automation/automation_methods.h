@@ -15,6 +15,7 @@
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
 #include "platform/desktop.h"
+#include "shortcuts/shortcut_directory.h"
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
@@ -37,6 +38,7 @@ struct AutomationContext {
     WorkspaceCapture& workspaceCapture;
     WorkspaceRestorer& restorer;
     SpaceManager& spaceManager;
+    ShortcutDirectory& shortcuts;
     WorkspaceImportExportService& importExport;
     Logbook& logbook;
     LoggingService& logging;

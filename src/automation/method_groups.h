@@ -32,6 +32,8 @@ void addWorkspaceMethods(MethodTable& table, const SharedContext& context);
 // export_setup, import_preview, import_setup.
 void addSetupMethods(MethodTable& table, const SharedContext& context);
 
+// list_shortcuts, set_shortcut.
+void addShortcutMethods(MethodTable& table, const SharedContext& context);
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {
     return Logger(context.logging, "MCPBridgeService", LogCategory::mcp());

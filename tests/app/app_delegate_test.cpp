@@ -86,8 +86,8 @@ TEST_F(AppDelegateTest, FreshStartWritesDefaultsAndRegistersTheWindowActions) {
     EXPECT_EQ(desktop->currentApplication().activationPolicy, ActivationPolicy::accessory);
     // The shortcut flags a first start writes are the shortcut start-up's test.
     EXPECT_EQ(defaults->boolValue("dragToSnapEnabled"), true);
-    // Every window action with a combination (17), and quit.
-    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 18u);
+    // Every window action with a combination (17), and quit, save-workspace, new-layout, add-space.
+    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 21u);
     EXPECT_TRUE(delegate->isAccessibilityPermissionGranted());
     EXPECT_TRUE(delegate->statusMenu().item("snapLeft")->isEnabled);
     EXPECT_EQ(delegate->statusMenu().item("snapLeft")->shortcutLabel, "⌃⌥←");
@@ -107,7 +107,7 @@ TEST_F(AppDelegateTest, FreshStartWritesDefaultsAndRegistersTheWindowActions) {
     EXPECT_EQ(written.at(CustomLayoutStore::kSeededKey).toBool(), true);
 }
 
-TEST_F(AppDelegateTest, ExistingSettingsAreKeptAndDisabledWindowManagementRegistersOnlyQuit) {
+TEST_F(AppDelegateTest, ExistingSettingsAreKeptAndDisabledWindowManagementKeepsTheCommands) {
     testing::writeTestFile(preferencesFile, R"({"dragToSnapEnabled": false,
         "allowAnyShortcut": false, "windowManagementEnabled": false})");
     launch();
@@ -165,15 +165,15 @@ TEST_F(AppDelegateTest, WindowFeaturesFollowThePermissionAndTheSwitchAtRunTime) 
         SCOPED_TRACE(c.name);
         launch();
         c.turn(false);
-        // Only quit is left.
-        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 1u);
+        // Only the commands are left.
+        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 4u);
         EXPECT_FALSE(press(kLeftArrow, kControlOption));
         EXPECT_EQ(editorFrame(), kStartFrame);
         EXPECT_FALSE(delegate->statusMenu().item("snapRight")->isEnabled);
         EXPECT_TRUE(log.contains("Window management shortcuts unregistered"));
 
         c.turn(true);
-        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 18u);
+        EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 21u);
         EXPECT_TRUE(press(kLeftArrow, kControlOption));
         EXPECT_EQ(editorFrame(), (Rect{0, 25, 720, 875}));
         EXPECT_TRUE(delegate->statusMenu().item("snapRight")->isEnabled);
@@ -187,7 +187,7 @@ TEST_F(AppDelegateTest, WithoutThePermissionNoActionKeyIsGrabbedAndTheRequestIsO
     launch(std::move(setup));
     EXPECT_TRUE(
         log.contains("Accessibility permission missing, skipping window management shortcuts"));
-    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 1u);
+    EXPECT_EQ(desktop->hotKeys().registeredHotKeys().size(), 4u);
     EXPECT_FALSE(delegate->isAccessibilityPermissionGranted());
     EXPECT_FALSE(delegate->statusMenu().item("snapLeft")->isEnabled);
     EXPECT_TRUE(delegate->perform("requestAccessibilityPermission"));

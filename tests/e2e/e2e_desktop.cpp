@@ -94,8 +94,8 @@ void E2eDesktop::sync() {
     EXPECT_EQ(answer, R"({"id":")" + std::to_string(requests_) + R"(","result":{}})");
 }
 
-bool E2eDesktop::corvettaSaid(const std::string& text) {
-    return corvetta_ && corvetta_->waitForError(text, std::chrono::seconds(0));
+bool E2eDesktop::corvettaSaid(const std::string& text, std::chrono::seconds limit) {
+    return corvetta_ && corvetta_->waitForError(text, limit);
 }
 
 std::size_t E2eDesktop::corvettaOutputMark() {

@@ -4,6 +4,7 @@
 // The fixture of the end-to-end tests: a private X server with the window manager, real clients,
 // and the real program driven through key presses and its automation socket.
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -46,8 +47,9 @@ protected:
     std::string request(const std::string& method, const std::string& params = "");
     // "sync": every move under way has ended and the program has caught up with the server.
     void sync();
-    // Whether the program wrote `text` on its standard error by now.
-    bool corvettaSaid(const std::string& text);
+    // Whether the program wrote `text` on its standard error by now, or within `limit`.
+    bool corvettaSaid(const std::string& text,
+                      std::chrono::seconds limit = std::chrono::seconds(0));
     // How much the program has written on its standard error so far: a mark for the next call.
     std::size_t corvettaOutputMark();
     // Waits (10 s at most) until the program writes one of `texts` after `mark`: which one came

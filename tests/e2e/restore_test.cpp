@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include <X11/keysym.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "e2e_desktop.h"
+#include "foundation/json.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
 
@@ -124,6 +126,46 @@ TEST_F(RestoreOnX11, AutoRestoreFollowsAMonitorThatLeavesAndComesBack) {
     ASSERT_TRUE(returned);
     sync();
     EXPECT_EQ(frameOf(onSecond), saved);
+}
+
+// The user's own combination for a workspace, pressed on the keyboard, puts the workspace back.
+TEST_F(RestoreOnX11, AWorkspaceComesBackWhenItsShortcutIsPressed) {
+    startDesktop();
+    startCorvetta();
+    const uint32_t window = startClient(
+        {"--class", "CorvettaEditor", "--title", "left", "--geometry", "600x500+100+80"});
+    sync();
+    const XFrame saved = frameOf(window);
+    const auto captured = parseJson(request("capture_workspace", R"({"name":"Work"})"));
+    ASSERT_TRUE(captured && (*captured)["result"].contains("id"));
+    const std::string name = "workspace_" + (*captured)["result"]["id"].get<std::string>();
+    // ⌃⌥1: Option is Super on X11.
+    ASSERT_THAT(
+        request("set_shortcut", R"({"name":")" + name + R"(","keyCode":18,"modifiers":786432})"),
+        HasSubstr(R"("registered":true)"));
+    moveWith(window, 700, 300, 300, 200);
+    sync();
+    ASSERT_FALSE(frameOf(window) == saved);
+
+    ASSERT_TRUE(x().pressKeys({XK_Control_L, XK_Super_L, XK_1}));
+    EXPECT_TRUE(corvettaSaid("Restored 'Work': 1 of 1 window placed", std::chrono::seconds(20)));
+    sync();
+    EXPECT_EQ(frameOf(window), saved);
+}
+
+// The modifier changes come from XInput 2: the keys are let go in reverse, Option first, and only
+// Control's release switches the space.
+TEST_F(RestoreOnX11, ACycleOfSpacesCommitsWhenControlIsReleased) {
+    startDesktop();
+    startCorvetta();
+    ASSERT_THAT(request("create_space", R"({"name":"Home"})"), HasSubstr(R"("name":"Home")"));
+    ASSERT_THAT(
+        request("set_shortcut", R"({"name":"cycleSpaces","keyCode":13,"modifiers":786432})"),
+        HasSubstr(R"("registered":true)"));
+    ASSERT_TRUE(x().pressKeys({XK_Control_L, XK_Super_L, XK_w}));
+    EXPECT_TRUE(corvettaSaid("Cycle: committing switch to 'Home'", std::chrono::seconds(10)));
+    EXPECT_THAT(request("list_spaces"),
+                HasSubstr(R"("name":"Home","isGlobal":false,"isActive":true)"));
 }
 
 }  // namespace

@@ -88,6 +88,18 @@ TEST_F(X11InputEventsTest, ModifierChangesBecomeFlagsChangedWithTheFlagsNow) {
     EXPECT_EQ(flags, std::vector<std::uint64_t>({ModifierFlag::kShift,
                                                  ModifierFlag::kShift | ModifierFlag::kControl,
                                                  ModifierFlag::kControl, 0}));
+
+    // A monitor installed by work queued while the keys were read (a cycle that a hot key in the
+    // same batch starts) hears the changes read after that work was queued.
+    flagsMonitor.reset();
+    events.clear();
+    driver_.press(XK_Control_L);
+    deliver();
+    queue_.post([&] { flagsMonitor = record(eventMask(EventType::flagsChanged), events); });
+    driver_.release(XK_Control_L);
+    deliver();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events.front().modifierFlags, 0u);
 }
 
 }  // namespace

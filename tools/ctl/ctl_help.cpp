@@ -52,6 +52,12 @@ constexpr MethodHelp kMethods[] = {
     {"create_space", "name=NAME", "create a named space"},
     {"delete_space", "name=NAME", "delete a space; its workspaces move to the global space"},
     {"activate_space", "name=NAME", "make a space active; NAME Global is the global space"},
+    {"list_shortcuts", "",
+     "every shortcut name (actions, workspaces, spaces, layouts) with its combination and\n"
+     "whether its hot key is live"},
+    {"set_shortcut", "name=NAME (keyCode=N modifiers=MASK | clear=true)",
+     "give a shortcut name a combination (MASK: Shift 131072, Control 262144, Option 524288,\n"
+     "Command 1048576, added up) or clear it; a combination another name holds is refused"},
     {"export_setup", "path=ABSOLUTE_PATH",
      "write workspaces, spaces, layouts and settings to a file (into a folder as\n"
      "Corvetta_Backup_<date-time>.json)"},

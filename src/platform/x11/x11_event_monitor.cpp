@@ -180,12 +180,20 @@ void X11EventMonitor::handleKey(std::uint32_t keyCode, bool pressed) {
     const auto before = modifierFlags();
     heldKeys_[keyCode] = pressed;
     const auto now = modifierFlags();
-    if (now == before || !wanted(EventType::flagsChanged)) {
+    if (now == before) {
         return;
     }
-    if (const auto location = queryPointer()) {
-        deliver({EventType::flagsChanged, *location, now, 0});
-    }
+    // Whether anyone listens is asked on the queue, not now: a hot key read in the same batch
+    // just before this key is handled on the queue too, and the monitor it installs (a cycle
+    // waiting for Control's release) must hear the modifiers let go right after it.
+    queue_.post([this, alive = std::weak_ptr<bool>(alive_), now] {
+        if (!alive.lock() || !wanted(EventType::flagsChanged)) {
+            return;
+        }
+        if (const auto location = queryPointer()) {
+            deliver({EventType::flagsChanged, *location, now, 0});
+        }
+    });
 }
 
 void X11EventMonitor::deliver(const InputEvent& event) {

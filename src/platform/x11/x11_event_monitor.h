@@ -3,6 +3,7 @@
 
 #include <bitset>
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 #include <xcb/xcb.h>
@@ -17,7 +18,8 @@ namespace corvetta {
 // Global monitors over XInput 2 raw events on the root window, which arrive whatever window has
 // the pointer or the keyboard and even while another client holds a grab. Mouse buttons become
 // the mouse-down and mouse-up kinds (scroll-wheel buttons are left out); key presses and releases
-// that change Shift, Control, Option or Command become flagsChanged. Raw events carry neither
+// that change Shift, Control, Option or Command become flagsChanged, delivered to the monitors
+// present when the queue gets to them. Raw events carry neither
 // position nor modifier state: the modifiers follow from the keys held and the modifier mapping
 // (asking the server would answer for a later moment when events come in a batch), the position
 // is asked of the server when an event is wanted. Local monitors are kept but never called: this
@@ -61,6 +63,8 @@ private:
     std::bitset<256> heldKeys_;
     InputHandlerList<Monitor> globalMonitors_;
     InputHandlerList<Monitor> localMonitors_;
+    // Work posted to the queue finds the monitor gone through it.
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace corvetta
