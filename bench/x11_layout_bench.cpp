@@ -21,8 +21,11 @@
 #include <string>
 #include <vector>
 
+#include "app/service_root.h"
 #include "automation/socket_client.h"
+#include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
+#include "support/manual_plumbing.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
@@ -115,6 +118,43 @@ public:
         });
     }
 
+    // The same layout inside this process on the program's own services, counting how often each
+    // application waits for the X server. Every window is verified on its first attempt here (the
+    // out-of-process runs show it), so the queue needs no clock to finish.
+    struct InProcess {
+        std::vector<double> milliseconds, roundTrips;
+    };
+    InProcess measureInProcess(int runs) {
+        ManualPlumbing plumbing(2);
+        auto desktop =
+            X11Desktop::open(display_.displayName(), plumbing.queue, [](const std::string&) {});
+        if (!desktop) {
+            throw std::runtime_error(desktop.error());
+        }
+        auto processPlumbing = plumbing.on(**desktop);
+        processPlumbing.configFolder = root_.path() / "in-process";
+        ServiceRoot services(processPlumbing);
+        plumbing.queue.runUntilIdle();
+        const auto fourths = CustomLayoutTemplate::builtIn(LayoutTemplate::fourths);
+        InProcess result;
+        const auto samples = measure(runs, [&] {
+            const std::uint64_t trips = (*desktop)->roundTrips();
+            std::optional<LayoutResult> done;
+            services.layoutService.applyCustomLayout(fourths,
+                                                     [&](const LayoutResult& r) { done = r; });
+            for (int turn = 0; !done && turn < 100000; ++turn) {
+                plumbing.queue.runUntilIdle();
+            }
+            if (!done || !*done || (*done)->windowsVerified != kWindows) {
+                throw std::runtime_error("the in-process layout did not verify every window");
+            }
+            result.roundTrips.push_back(static_cast<double>((*desktop)->roundTrips() - trips));
+        });
+        result.milliseconds = samples;
+        result.roundTrips.erase(result.roundTrips.begin());
+        return result;
+    }
+
 private:
     void scatter() {
         for (std::size_t i = 0; i < windows_.size(); ++i) {
@@ -204,12 +244,17 @@ int run(int runs) {
     LayoutBench bench;
     const auto wmctrl = bench.measureWmctrl(runs);
     const auto corvetta = bench.measureCorvetta(runs);
+    const auto inProcess = bench.measureInProcess(runs);
     std::printf("Fourths applied to 4 windows on Xvfb + openbox, %d runs (ms)\n", runs);
     std::printf("%-40s %8s %8s\n", "", "p50", "p99");
     std::printf("%-40s %8.2f %8.2f\n", "corvetta apply_workspace_layout", rank(corvetta, 0.5),
                 rank(corvetta, 0.99));
     std::printf("%-40s %8.2f %8.2f\n", "4 x wmctrl -e, one after another", rank(wmctrl, 0.5),
                 rank(wmctrl, 0.99));
+    std::printf("%-40s %8.2f %8.2f\n", "in process, warnings logged",
+                rank(inProcess.milliseconds, 0.5), rank(inProcess.milliseconds, 0.99));
+    std::printf("X round trips per layout in process: p50 %.0f, p99 %.0f\n",
+                rank(inProcess.roundTrips, 0.5), rank(inProcess.roundTrips, 0.99));
     std::printf("target p50 under 10 ms: %s; faster than wmctrl: %s\n",
                 rank(corvetta, 0.5) < 10 ? "met" : "MISSED",
                 rank(corvetta, 0.5) < rank(wmctrl, 0.5) ? "yes" : "NO");
