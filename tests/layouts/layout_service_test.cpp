@@ -1,6 +1,7 @@
 #include "layouts/layout_service.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -68,14 +69,6 @@ protected:
         return result.value_or(unexpected(LayoutError::noDisplays));
     }
 
-    std::vector<WindowNumber> handedLast() const {
-        std::vector<WindowNumber> numbers;
-        for (const auto& ref : lock.handed.back()) {
-            numbers.push_back(static_cast<WindowNumber>(ref.element.token()));
-        }
-        return numbers;
-    }
-
     ManualPlumbing plumbing{0};
     SimulatedDesktop sim{desk(), plumbing.queue};
     ServiceRoot root{plumbing.on(sim)};
@@ -90,166 +83,116 @@ protected:
                           plumbing.logging};
 };
 
-const std::vector<Rect> kHalves{{0, 0, 0.5, 1}, {0.5, 0, 0.5, 1}};
-const std::vector<Rect> kFourths{
-    {0, 0.5, 0.5, 0.5}, {0.5, 0.5, 0.5, 0.5}, {0, 0, 0.5, 0.5}, {0.5, 0, 0.5, 0.5}};
+const auto kHalves = CustomLayoutTemplate::builtIn(LayoutTemplate::halves).panes;
+const auto kFourths = CustomLayoutTemplate::builtIn(LayoutTemplate::fourths).panes;
+
+using Placed = std::vector<std::pair<WindowNumber, Rect>>;
 
 TEST_F(LayoutServiceTest, FillsPanesFrontToBackAndHandsThePlacedWindowsToTheLock) {
     // Frames in accessibility space: Left's visible frame starts 25 points down.
+    const Placed halves{{11, {0, 25, 500, 775}}, {12, {500, 25, 500, 775}}};
+    const Placed spaced{{11, {0, 25, 495, 775}}, {12, {505, 25, 495, 775}}};
+    const Placed right{{31, {1000, 0, 500, 800}}}, upperLeft{{21, {0, 25, 500, 387.5}}};
+    const std::vector<std::string> editor{"COM.EXAMPLE.EDITOR"};
     const struct {
         const char* name;
         std::vector<Rect> panes;
-        bool allDisplays = false;
-        double spacing = 0;
-        std::vector<std::string> userExcluded{};
-        Point pointer{500, 400};
-        std::vector<std::pair<WindowNumber, Rect>> placed;
+        double spacing, pointerX;
+        bool allDisplays;
+        std::vector<std::string> userExcluded;
+        Placed placed;
     } cases[] = {
-        {"halves, the third window stays",
-         kHalves,
-         false,
-         0,
-         {},
-         {500, 400},
-         {{11, {0, 25, 500, 775}}, {12, {500, 25, 500, 775}}}},
-        {"spacing 10 on halves",
-         kHalves,
-         false,
-         10,
-         {},
-         {500, 400},
-         {{11, {0, 25, 495, 775}}, {12, {505, 25, 495, 775}}}},
-        {"fourths with one window, excluded by the user in any case",
-         kFourths,
-         false,
-         0,
-         {"COM.EXAMPLE.EDITOR"},
-         {500, 400},
-         {{21, {0, 25, 500, 387.5}}}},
-        {"the pointer's display only",
-         kHalves,
-         false,
-         0,
-         {},
-         {1500, 400},
-         {{31, {1000, 0, 500, 800}}}},
-        {"every display on its own",
-         kHalves,
-         true,
-         0,
-         {},
-         {1500, 400},
-         {{11, {0, 25, 500, 775}}, {12, {500, 25, 500, 775}}, {31, {1000, 0, 500, 800}}}},
+        {"halves, the third window stays", kHalves, 0, 500, false, {}, halves},
+        {"spacing 10", kHalves, 10, 500, false, {}, spaced},
+        {"fourths, one window, excluded in any case", kFourths, 0, 500, false, editor, upperLeft},
+        {"the pointer's display only", kHalves, 0, 1500, false, {}, right},
+        {"every display on its own", kHalves, 0, 1500, true, {}, {halves[0], halves[1], right[0]}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         plumbing.defaults.set(calculation_settings::kLayoutSpacing, c.spacing);
         plumbing.defaults.set(kUserExcludedBundleIDsKey, c.userExcluded);
-        sim.setMouseLocation(c.pointer);
-        std::map<WindowNumber, Rect> before;
-        for (const WindowNumber n : {1, 5, 11, 12, 21, 31, 61}) {
-            before[n] = sim.windowFrame(n).value();
-        }
+        sim.setMouseLocation({c.pointerX, 400});
 
         const auto result = apply(c.panes, c.allDisplays);
 
         ASSERT_TRUE(result);
         EXPECT_EQ(result->windowsPlaced, static_cast<int>(c.placed.size()));
         EXPECT_EQ(result->windowsVerified, result->windowsPlaced);
-        std::vector<WindowNumber> expectedOrder;
-        for (const auto& [number, frame] : c.placed) {
-            EXPECT_EQ(sim.windowFrame(number), frame) << number;
-            expectedOrder.push_back(number);
-            before.erase(number);
-        }
-        for (const auto& [number, frame] : before) {
-            EXPECT_EQ(sim.windowFrame(number), frame) << number << " moved";
-        }
-        EXPECT_EQ(handedLast(), expectedOrder);
-        // Back where they stood, in their order, for the next case.
         for (const auto& application : desk().applications) {
             for (const auto& window : application.windows) {
+                const auto placed =
+                    std::ranges::find(c.placed, window.number, &Placed::value_type::first);
+                EXPECT_EQ(sim.windowFrame(window.number),
+                          placed == c.placed.end() ? window.frame : placed->second)
+                    << window.number;
+                // Back where it stood, for the next case.
                 sim.dragWindow(window.number, window.frame);
             }
         }
+        std::vector<AXWindowRef> placementOrder;
+        for (const auto& [number, frame] : c.placed) {
+            placementOrder.push_back({*sim.windowElement(number)});
+        }
+        EXPECT_EQ(lock.handed.back(), placementOrder);
         SetUp();
     }
-}
-
-TEST_F(LayoutServiceTest, FailsWithoutMovingAnythingAndLogsWhy) {
-    const struct {
-        const char* name;
-        std::vector<Rect> panes;
-        std::vector<std::string> userExcluded;
-        LayoutError error;
-        const char* text;
-    } cases[] = {
-        {"no panes",
-         {},
-         {},
-         LayoutError::noWindowsOrPanes,
-         "No eligible windows or panes for custom layout"},
-        {"every window excluded",
-         kHalves,
-         {"com.example.editor", "com.example.terminal"},
-         LayoutError::noEligibleWindows,
-         "No eligible windows on screen for layout"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        plumbing.defaults.set(kUserExcludedBundleIDsKey, c.userExcluded);
-        const int writes = sim.frameWriteCount(11);
-        const auto result = apply(c.panes);
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error(), c.error);
-        EXPECT_EQ(description(result.error()), c.text);
-        EXPECT_EQ(sim.frameWriteCount(11), writes);
-        EXPECT_EQ(loggedMessages(plumbing.logbook).back(), c.text);
-    }
-    EXPECT_TRUE(lock.handed.empty());
-}
-
-TEST_F(LayoutServiceTest, LogsEachListedWindowAndTheDisplayItFilled) {
-    apply(kHalves);
+    // Every listed window of the first case's display, logged; the excluded never even asked.
     const auto messages = loggedMessages(plumbing.logbook);
+    const auto logged = [&](const std::string& text) {
+        return std::ranges::any_of(messages,
+                                   [&](const std::string& m) { return m.starts_with(text); });
+    };
     for (const char* line :
          {"kAXWindowsAttribute failed for pid 600", "[Layout] ✓ cgWin=11", "[Layout] ✓ cgWin=12",
           "[Layout] ✓ cgWin=21", "[Layout] ✗ cgWin=61", "3 eligible window(s) for layout",
           "Applying custom layout 'Test' to 2 window(s) on Left"}) {
-        EXPECT_TRUE(std::ranges::any_of(messages, [&](const std::string& m) {
-            return m.starts_with(line);
-        })) << line;
+        EXPECT_TRUE(logged(line)) << line;
     }
-    // Never even considered: excluded before their application is asked for windows.
-    for (const char* line : {"cgWin=5", "cgWin=1 ", "cgWin=31"}) {
-        EXPECT_FALSE(std::ranges::any_of(messages, [&](const std::string& m) {
-            return m.find(line) != std::string::npos;
-        })) << line;
+    for (const char* line :
+         {"[Layout] ✓ cgWin=5", "[Layout] ✗ cgWin=5", "[Layout] ✓ cgWin=1", "[Layout] ✗ cgWin=1"}) {
+        EXPECT_EQ(std::ranges::count(messages, line), 0) << line;
     }
 }
 
-TEST_F(LayoutServiceTest, WindowsWithoutANumberMatchTheListedFrameWithinFivePoints) {
-    const auto twelve = *sim.windowElement(12);
+TEST_F(LayoutServiceTest, FailsWithoutMovingAnythingAndLogsWhy) {
+    const std::vector<std::string> everyone{"com.example.editor", "com.example.terminal"};
     const struct {
-        double offset;
-        bool matched;
-    } cases[] = {{0, true}, {4.9, true}, {-4.9, true}, {5, false}, {-5, false}};
+        std::vector<Rect> panes;
+        std::vector<std::string> userExcluded;
+        std::string text;
+    } cases[] = {
+        {{}, {}, "No eligible windows or panes for custom layout"},
+        {kHalves, everyone, "No eligible windows on screen for layout"},
+    };
     for (const auto& c : cases) {
+        plumbing.defaults.set(kUserExcludedBundleIDsKey, c.userExcluded);
+        const int writes = sim.frameWriteCount(11);
+        const auto result = apply(c.panes);
+        ASSERT_FALSE(result) << c.text;
+        EXPECT_EQ(description(result.error()), c.text);
+        EXPECT_EQ(loggedMessages(plumbing.logbook).back(), c.text);
+        EXPECT_EQ(sim.frameWriteCount(11), writes) << c.text;
+    }
+    EXPECT_TRUE(lock.handed.empty());
+}
+
+TEST_F(LayoutServiceTest, WindowsWithoutANumberMatchTheListedFrameWithinFivePoints) {
+    for (const double offset : {0.0, 4.9, -4.9, 5.0, -5.0}) {
         for (int side = 0; side < 4; ++side) {
-            Rect bounds{150, 150, 400, 300};
-            (side == 0   ? bounds.origin.x
-             : side == 1 ? bounds.origin.y
-             : side == 2 ? bounds.size.width
-                         : bounds.size.height) += c.offset;
-            // A numbered window of the same process is listed first and is not a candidate.
+            Rect bounds{150, 150, 400, 300};  // window 12's frame
+            double* edges[] = {&bounds.origin.x, &bounds.origin.y, &bounds.size.width,
+                               &bounds.size.height};
+            *edges[side] += offset;
+            // Window 11 tells its number and is no candidate, though listed first.
             const auto map = service.windowMap(
-                100, {{.number = 11, .ownerPid = 100, .bounds = {100, 100, 400, 300}},
+                100, {{.number = 11, .ownerPid = 100, .bounds = {150, 150, 400, 300}},
                       {.number = 77, .ownerPid = 100, .bounds = bounds}});
-            EXPECT_EQ(map.contains(77), c.matched) << c.offset << " on side " << side;
             EXPECT_EQ(map.at(11), *sim.windowElement(11));
-            if (c.matched) {
-                EXPECT_EQ(map.at(77), twelve);
-            }
+            const bool matched = std::fabs(offset) < 5;
+            EXPECT_EQ(map.contains(77) ? map.at(77) : AXElement(),
+                      matched ? *sim.windowElement(12) : AXElement())
+                << offset << " on side " << side;
         }
     }
 }
