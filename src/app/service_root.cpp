@@ -58,6 +58,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                             p.desktop.screenPort(), p.desktop.windowListPort()},
                            accessibilityElement, windowMover, deeplinkOpener, workspaceService,
                            workspaceCapture, p.defaults, p.queue, p.logging),
+      layoutLock(p.logging),
+      layoutService({p.desktop.accessibilityPort(), p.desktop.windowListPort(),
+                     p.desktop.applicationsPort(), p.desktop.screenPort(), p.desktop.pointerPort()},
+                    accessibilityElement, windowMover, layoutLock, p.defaults, p.queue, p.logging),
       autoRestoreOnWake({.workspaces = workspaceService,
                          .restorer = workspaceRestoration,
                          .displayMonitor = displayChangeMonitor,
@@ -84,9 +88,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .logging = p.logging},
                       {.quit = callbacks.quit,
                        .applyLayout =
-                           [logger = Logger(p.logging, "LayoutService")](const Uuid& templateId) {
-                               logger.warning("Applying layouts is not available yet (template " +
-                                              templateId.string() + ")");
+                           [this](const Uuid& templateId) {
+                               if (const auto* layout = customLayoutStore.find(templateId)) {
+                                   layoutService.applyCustomLayout(*layout);
+                               }
                            }}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
     if (auto* simulated = dynamic_cast<SimulatedDesktop*>(&p.desktop)) {
@@ -112,6 +117,7 @@ AutomationContext ServiceRoot::automationContext() {
         .snappingService = windowSnappingService,
         .windowMover = windowMover,
         .layoutStore = customLayoutStore,
+        .layoutService = layoutService,
         .workspaceService = workspaceService,
         .workspaceCapture = workspaceCapture,
         .restorer = workspaceRestoration,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/permission_manager.h"
+#include "app/placeholder_layout_lock.h"
 #include "app/shortcut_service.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
@@ -18,6 +19,7 @@
 #include "foundation/preferences.h"
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
+#include "layouts/layout_service.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -141,6 +143,10 @@ public:
     DeeplinkOpener deeplinkOpener;
     // Puts a saved workspace back.
     WorkspaceRestoration workspaceRestoration;
+    // Where applied layouts hand their windows; the layout lock takes its place once it exists.
+    PlaceholderLayoutLock layoutLock;
+    // Places windows into a template's panes.
+    LayoutService layoutService;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
 

@@ -14,6 +14,7 @@
 #include "foundation/main_queue.h"
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
+#include "layouts/layout_service.h"
 #include "platform/desktop.h"
 #include "shortcuts/shortcut_directory.h"
 #include "windowing/screen_detection_service.h"
@@ -34,6 +35,7 @@ struct AutomationContext {
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
+    LayoutService& layoutService;
     WorkspaceService& workspaceService;
     WorkspaceCapture& workspaceCapture;
     WorkspaceRestorer& restorer;

@@ -124,6 +124,45 @@ Json saveLayout(const AutomationContext& context, const MethodParams& params) {
     return layoutEntry(layout);
 }
 
+// Among templates of one name, the active space's comes first, then the global one, then any
+// other: the one the user would pick in the palette.
+const CustomLayoutTemplate& requireLayout(const AutomationContext& context,
+                                          const std::string& name) {
+    const auto active = context.spaceManager.activeSpace().id;
+    const CustomLayoutTemplate* best = nullptr;
+    int bestRank = 3;
+    for (const auto& layout : context.layoutStore.layouts()) {
+        if (layout.name != name) {
+            continue;
+        }
+        const int rank = layout.spaceId == active ? 0 : !layout.spaceId ? 1 : 2;
+        if (rank < bestRank) {
+            best = &layout;
+            bestRank = rank;
+        }
+    }
+    if (best == nullptr) {
+        throw MCPError::notFound("layout '" + name + "'");
+    }
+    return *best;
+}
+
+// Answers once every window has reached its pane, or its move has given up.
+void applyWorkspaceLayout(const SharedContext& context, const MethodParams& params,
+                          MethodReply& reply) {
+    const auto& layout = requireLayout(*context, params.requiredText("name"));
+    context->layoutService.applyCustomLayout(
+        layout, [reply = std::exchange(reply, nullptr)](const LayoutResult& result) {
+            if (!result) {
+                reply(unexpected(std::string(description(result.error()))));
+                return;
+            }
+            reply(Json{{"name", result->templateName},
+                       {"windowCount", result->windowsPlaced},
+                       {"windowsVerified", result->windowsVerified}});
+        });
+}
+
 }  // namespace
 
 void addLayoutMethods(MethodTable& table, const SharedContext& context) {
@@ -131,6 +170,9 @@ void addLayoutMethods(MethodTable& table, const SharedContext& context) {
         answeringAtOnce([context](const MethodParams&) { return listLayouts(*context); });
     table["save_layout"] = answeringAtOnce(
         [context](const MethodParams& params) { return saveLayout(*context, params); });
+    table["apply_workspace_layout"] = [context](const MethodParams& params, MethodReply& reply) {
+        applyWorkspaceLayout(context, params, reply);
+    };
 }
 
 }  // namespace corvetta

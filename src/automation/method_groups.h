@@ -20,7 +20,7 @@ void addWindowMethods(MethodTable& table, const SharedContext& context);
 void addApplicationMethods(MethodTable& table, const SharedContext& context);
 // open_new_window, discover_new_window_shortcut.
 void addNewWindowMethods(MethodTable& table, const SharedContext& context);
-// list_layouts, save_layout.
+// list_layouts, save_layout, apply_workspace_layout.
 void addLayoutMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);

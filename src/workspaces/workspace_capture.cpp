@@ -8,7 +8,6 @@
 #include <unordered_map>
 
 #include "windowing/new_window_item.h"
-#include "windowing/system_surfaces.h"
 #include "workspaces/display_arrangement_capture.h"
 #include "workspaces/display_migration.h"
 #include "workspaces/live_windows.h"
@@ -70,12 +69,7 @@ WorkspaceCapture::WorkspaceCapture(AccessibilityPort& accessibility, WindowListP
       logger(logging, kServiceName) {}
 
 bool WorkspaceCapture::isExcluded(const std::string& bundleIdentifier) const {
-    const auto own = applications_.currentApplication().bundleIdentifier;
-    return (own && lowered(*own) == lowered(bundleIdentifier)) ||
-           isSystemSurface(bundleIdentifier) ||
-           containsIgnoringCase(
-               defaults_.stringList(kUserExcludedBundleIDsKey).value_or(std::vector<std::string>{}),
-               bundleIdentifier);
+    return isExcludedApplication(bundleIdentifier, applications_, defaults_);
 }
 
 std::vector<RunningApplication> WorkspaceCapture::applicationsToCapture(

@@ -14,6 +14,7 @@
 #include "platform/applications.h"
 #include "platform/screen.h"
 #include "platform/window_list.h"
+#include "windowing/excluded_applications.h"
 #include "windowing/new_window_item.h"
 #include "workspaces/workspace.h"
 #include "workspaces/workspace_service.h"
@@ -27,7 +28,7 @@ namespace corvetta {
 class WorkspaceCapture {
 public:
     static constexpr const char* kServiceName = "WorkspaceCapture";
-    static constexpr const char* kUserExcludedBundleIDsKey = "userExcludedBundleIDs";
+    static constexpr const char* kUserExcludedBundleIDsKey = corvetta::kUserExcludedBundleIDsKey;
     static constexpr const char* kNothingToCapture = "No windows to capture";
 
     WorkspaceCapture(AccessibilityPort& accessibility, WindowListPort& windowList,

@@ -59,5 +59,26 @@ TEST_F(LayoutMethodsTest, SaveLayoutRefusesWhatTheBuilderWouldNot) {
     EXPECT_EQ(result("list_layouts")["layouts"].size(), 2u);
 }
 
+TEST_F(LayoutMethodsTest, ApplyWorkspaceLayoutAnswersOnceTheWindowsAreInTheirPanes) {
+    rig->services.customLayoutStore.seedDefaultsIfNeeded();
+    rig->sim.setMouseLocation({700, 400});
+    EXPECT_EQ(result("apply_workspace_layout", {{"name", "Halves"}}),
+              Json::parse(R"({"name": "Halves", "windowCount": 2, "windowsVerified": 2})"));
+    EXPECT_EQ(frameOf(kMain), Rect(0, 25, 720, 875));
+
+    rig->sim.setMouseLocation({2000, 400});
+    const struct {
+        Json params;
+        std::string error;
+    } cases[] = {
+        {{{"name", "Nope"}}, "Not found: layout 'Nope'"},
+        {Json::object(), "Missing required param: name"},
+        {{{"name", "Halves"}}, "No eligible windows on screen for layout"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(error("apply_workspace_layout", c.params), c.error) << c.params.dump();
+    }
+}
+
 }  // namespace
 }  // namespace corvetta

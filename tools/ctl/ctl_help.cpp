@@ -33,6 +33,9 @@ constexpr MethodHelp kMethods[] = {
     {"save_layout", "name=NAME panes=[[X,Y,W,H],...] [description=TEXT]",
      "save a new global layout template; panes are fractions of the usable area, origin at\n"
      "its lower-left corner, in fill order"},
+    {"apply_workspace_layout", "name=NAME",
+     "place the front windows of the display under the pointer (or of every display) into a\n"
+     "layout's panes; answers when they are placed, with how many"},
     {"list_workspaces", "", "the saved workspaces with their window counts and spaces"},
     {"get_workspace_layout", "name=NAME", "a workspace's windows and the displays saved with it"},
     {"capture_workspace", "name=NAME [bundle_ids=[ID,...]]",

@@ -134,6 +134,9 @@ struct SimulatedDesktop::State : sim::DesktopModel {
             return AXValue(AXElement(pid, w.number | kCloseButtonBit));
         }
         if (attribute == AXAttribute::kWindowId) {
+            if (!w.reportsWindowNumber) {
+                return unexpected(AXErrorCode::attributeUnsupported);
+            }
             return AXValue(static_cast<std::int64_t>(w.number));
         }
         if (attribute == kRole) {

@@ -55,6 +55,9 @@ struct SimulatedWindow {
     // For a window of an installed application: it appears this long after the application
     // started, as slow applications open their windows one after another.
     Duration appearsAfter{0};
+    // Whether the window tells its window-server number ("_AXWindowID"); some windows do not,
+    // and are then known only by their frame.
+    bool reportsWindowNumber = true;
 };
 
 // One item of an application's menu, as the accessibility interface shows it: a title, a key

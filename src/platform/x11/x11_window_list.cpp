@@ -14,9 +14,15 @@ std::vector<WindowListEntry> X11WindowList::onScreenWindows() const {
     if (!stacking) {
         return result;
     }
-    // The property lists bottom to top.
+    // Every window's reads are asked before any answer is awaited: the whole list costs one
+    // round trip to the server, not several per window. The property lists bottom to top.
+    std::vector<EntryRequest> requests;
+    requests.reserve(stacking->size());
     for (auto window = stacking->rbegin(); window != stacking->rend(); ++window) {
-        if (auto entry = entryOf(*window, coordinates)) {
+        requests.push_back(requestEntry(*window));
+    }
+    for (const auto& request : requests) {
+        if (auto entry = entryOf(request, coordinates)) {
             result.push_back(std::move(*entry));
         }
     }
@@ -32,35 +38,49 @@ std::vector<WindowNumber> X11WindowList::windowNumbersFrontToBack() const {
     return {stacking->rbegin(), stacking->rend()};
 }
 
-std::optional<WindowListEntry> X11WindowList::entryOf(xcb_window_t window,
-                                                      const X11Coordinates& coordinates) const {
-    // Any read failing means the window went away while we looked; it is simply not listed.
-    auto attributes = connection_.reply(xcb_get_window_attributes_reply,
-                                        xcb_get_window_attributes(connection_.raw(), window));
-    if (!attributes || (*attributes)->map_state != XCB_MAP_STATE_VIEWABLE) {
-        return std::nullopt;
-    }
-    auto hidden = properties_.hasState(window, "_NET_WM_STATE_HIDDEN");
-    auto above = properties_.hasState(window, "_NET_WM_STATE_ABOVE");
-    auto types = properties_.values(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM);
-    auto frame = properties_.frameRect(window);
-    auto pid = properties_.processOf(window);
-    auto title = properties_.title(window);
-    if (!hidden || *hidden || !above || !types || !frame || !pid || !title) {
-        return std::nullopt;
-    }
-    auto isType = [&](std::string_view name) {
-        return std::ranges::find(*types, connection_.atom(name)) != types->end();
+X11WindowList::EntryRequest X11WindowList::requestEntry(xcb_window_t window) const {
+    return EntryRequest{
+        .window = window,
+        .attributes = xcb_get_window_attributes(connection_.raw(), window),
+        .states = properties_.requestStates(window),
+        .types = properties_.request(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM),
+        .pid = properties_.request(window, "_NET_WM_PID", XCB_ATOM_CARDINAL),
+        .windowClass = properties_.request(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING),
+        .frame = properties_.requestOuterFrame(window),
+        .title = properties_.requestTitle(window),
     };
-    if (isType("_NET_WM_WINDOW_TYPE_DESKTOP")) {
+}
+
+std::optional<WindowListEntry> X11WindowList::entryOf(const EntryRequest& request,
+                                                      const X11Coordinates& coordinates) const {
+    // Every answer is taken, used or not, so none is left waiting on the connection.
+    auto attributes = connection_.reply(xcb_get_window_attributes_reply, request.attributes);
+    auto states = properties_.valuesOf(request.states, XCB_ATOM_ATOM);
+    auto types = properties_.valuesOf(request.types, XCB_ATOM_ATOM);
+    auto pid = properties_.valuesOf(request.pid, XCB_ATOM_CARDINAL);
+    auto windowClass = parseWindowClass(properties_.bytesOf(request.windowClass));
+    auto frame = properties_.outerFrameOf(request.frame);
+    auto title = properties_.titleOf(request.title);
+    // Any read failing means the window went away while we looked; it is simply not listed.
+    if (!attributes || (*attributes)->map_state != XCB_MAP_STATE_VIEWABLE || !states || !types ||
+        !pid || !frame || !title) {
+        return std::nullopt;
+    }
+    auto has = [&](const std::vector<std::uint32_t>& atoms, std::string_view name) {
+        return std::ranges::find(atoms, connection_.atom(name)) != atoms.end();
+    };
+    if (has(*states, "_NET_WM_STATE_HIDDEN") || has(*types, "_NET_WM_WINDOW_TYPE_DESKTOP")) {
         return std::nullopt;
     }
     WindowListEntry entry;
-    entry.number = window;
-    entry.layer = isType("_NET_WM_WINDOW_TYPE_DOCK") ? kDockLayer : *above ? kFloatingLayer : 0;
-    entry.ownerPid = pid->value_or(0);
-    entry.bounds = coordinates.toAccessibility(*frame);
-    if (auto windowClass = readWindowClass(properties_, window)) {
+    entry.number = request.window;
+    entry.layer = has(*types, "_NET_WM_WINDOW_TYPE_DOCK") ? kDockLayer
+                  : has(*states, "_NET_WM_STATE_ABOVE")   ? kFloatingLayer
+                                                          : 0;
+    // _NET_WM_PID; a client that does not say, or says 0, has no known owner.
+    entry.ownerPid = pid->empty() ? 0 : static_cast<ProcessId>(pid->front());
+    entry.bounds = coordinates.toAccessibility(frame->rect);
+    if (windowClass) {
         entry.ownerName = windowClass->className;
     }
     entry.title = *title;

@@ -25,7 +25,19 @@ public:
     std::vector<WindowNumber> windowNumbersFrontToBack() const override;
 
 private:
-    std::optional<WindowListEntry> entryOf(xcb_window_t window,
+    // One window's reads, asked together and answered later.
+    struct EntryRequest {
+        xcb_window_t window;
+        xcb_get_window_attributes_cookie_t attributes;
+        xcb_get_property_cookie_t states;
+        xcb_get_property_cookie_t types;
+        xcb_get_property_cookie_t pid;
+        xcb_get_property_cookie_t windowClass;
+        X11Properties::OuterFrameRequest frame;
+        X11Properties::TitleRequest title;
+    };
+    EntryRequest requestEntry(xcb_window_t window) const;
+    std::optional<WindowListEntry> entryOf(const EntryRequest& request,
                                            const X11Coordinates& coordinates) const;
 
     X11Connection& connection_;
