@@ -18,6 +18,8 @@
 #include "foundation/preferences.h"
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
+#include "layouts/lock/layout_lock_manager.h"
+#include "layouts/lock/learned_min_size_store.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -124,6 +126,9 @@ public:
 
     // The user's layout templates.
     CustomLayoutStore customLayoutStore;
+    // Keeps the windows a layout placed together, learning what sizes applications refuse.
+    LearnedMinSizeStore learnedMinSizes;
+    LayoutLockManager layoutLock;
 
     PermissionManager permissionManager;
 

@@ -14,6 +14,7 @@
 #include "foundation/main_queue.h"
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
+#include "layouts/lock/layout_lock_manager.h"
 #include "platform/desktop.h"
 #include "windowing/screen_detection_service.h"
 #include "windowing/window_mover.h"
@@ -33,6 +34,7 @@ struct AutomationContext {
     WindowSnappingService& snappingService;
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
+    LayoutLockManager& layoutLock;
     WorkspaceService& workspaceService;
     WorkspaceCapture& workspaceCapture;
     WorkspaceRestorer& restorer;
