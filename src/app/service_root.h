@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "app/permission_manager.h"
-#include "app/placeholder_layout_lock.h"
 #include "app/shortcut_service.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
@@ -20,6 +19,8 @@
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
 #include "layouts/layout_service.h"
+#include "layouts/lock/layout_lock_manager.h"
+#include "layouts/lock/learned_min_size_store.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -126,6 +127,9 @@ public:
 
     // The user's layout templates.
     CustomLayoutStore customLayoutStore;
+    // Keeps the windows a layout placed together, learning what sizes applications refuse.
+    LearnedMinSizeStore learnedMinSizes;
+    LayoutLockManager layoutLock;
 
     PermissionManager permissionManager;
 
@@ -143,8 +147,6 @@ public:
     DeeplinkOpener deeplinkOpener;
     // Puts a saved workspace back.
     WorkspaceRestoration workspaceRestoration;
-    // Where applied layouts hand their windows; the layout lock takes its place once it exists.
-    PlaceholderLayoutLock layoutLock;
     // Places windows into a template's panes.
     LayoutService layoutService;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.

@@ -14,6 +14,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addApplicationMethods(methods_, context_);
     addNewWindowMethods(methods_, context_);
     addLayoutMethods(methods_, context_);
+    addLayoutLockMethods(methods_, context_);
     addStatusMethods(methods_, context_);
     addWorkspaceMethods(methods_, context_);
     addSetupMethods(methods_, context_);

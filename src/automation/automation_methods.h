@@ -15,6 +15,7 @@
 #include "import_export/workspace_import_export_service.h"
 #include "layouts/custom_layout_store.h"
 #include "layouts/layout_service.h"
+#include "layouts/lock/layout_lock_manager.h"
 #include "platform/desktop.h"
 #include "shortcuts/shortcut_directory.h"
 #include "windowing/screen_detection_service.h"
@@ -36,6 +37,7 @@ struct AutomationContext {
     WindowMover& windowMover;
     CustomLayoutStore& layoutStore;
     LayoutService& layoutService;
+    LayoutLockManager& layoutLock;
     WorkspaceService& workspaceService;
     WorkspaceCapture& workspaceCapture;
     WorkspaceRestorer& restorer;

@@ -22,6 +22,8 @@ void addApplicationMethods(MethodTable& table, const SharedContext& context);
 void addNewWindowMethods(MethodTable& table, const SharedContext& context);
 // list_layouts, save_layout, apply_workspace_layout.
 void addLayoutMethods(MethodTable& table, const SharedContext& context);
+// layout_lock, layout_lock_reset, layout_lock_untile.
+void addLayoutLockMethods(MethodTable& table, const SharedContext& context);
 // get_logs, get_status, sync.
 void addStatusMethods(MethodTable& table, const SharedContext& context);
 // capture_workspace, preview_capture, restore_workspace.

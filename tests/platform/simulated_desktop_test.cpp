@@ -112,6 +112,26 @@ TEST_F(SimulatedDesktopTest, SizeWritesFollowTheWindowsRules) {
     }
 }
 
+// A user's resize that the window refuses in part keeps the edge the user did not hold.
+TEST_F(SimulatedDesktopTest, UserResizeBelowTheMinimumKeepsTheUnheldEdge) {
+    struct Row {
+        Rect dragged;
+        Rect taken;
+    };
+    const std::vector<Row> rows = {
+        {{750, 100, 150, 600}, {600, 100, 300, 600}},  // left edge held
+        {{100, 100, 150, 600}, {100, 100, 300, 600}},  // right edge held
+        {{100, 650, 800, 50}, {100, 500, 800, 200}},   // top edge held
+        {{300, 300, 100, 100}, {300, 300, 300, 200}},  // moved and resized: the origin is kept
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(::testing::Message() << row.dragged);
+        start(twoDisplays());
+        desktop->dragWindow(11, row.dragged);
+        EXPECT_EQ(axFrame(11), row.taken);
+    }
+}
+
 // An immovable window's refusal shows in the mover's table, which then fails to verify.
 TEST_F(SimulatedDesktopTest, FullScreenWindowsFillTheirDisplayAndRefuseFrameWrites) {
     ASSERT_EQ(write(11, AXAttribute::kFullScreen, true), AXErrorCode::success);

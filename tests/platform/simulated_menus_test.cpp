@@ -141,7 +141,7 @@ TEST(SimulatedMenusFileTest, MenuMistakesNameTheirPlace) {
         {R"({"title": "X", "opensAfterMs": 5})", ".opensAfterMs", "needs opensWindow"},
         {R"({"opensWindow": {"number": 5, "frame": [0, 0, 9, 9]}})", ".opensWindow.number",
          "unknown key (known keys: applyDelayMs, frame, fullScreen, layer, maxSize, minSize, "
-         "minimized, movable, resizable, resizeIncrements, subrole, title)"},
+         "minimized, movable, reportsMinSize, resizable, resizeIncrements, subrole, title)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.item);

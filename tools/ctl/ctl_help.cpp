@@ -36,6 +36,11 @@ constexpr MethodHelp kMethods[] = {
     {"apply_workspace_layout", "name=NAME",
      "place the front windows of the display under the pointer (or of every display) into a\n"
      "layout's panes; answers when they are placed, with how many"},
+    {"layout_lock", "",
+     "the active layout lock: its tiled windows with their frames, original frames,\n"
+     "neighbours per edge and whether they drifted; \"active\": false when there is none"},
+    {"layout_lock_reset", "", "put every tiled window back where the layout placed it"},
+    {"layout_lock_untile", "", "end the layout lock, leaving the windows where they are"},
     {"list_workspaces", "", "the saved workspaces with their window counts and spaces"},
     {"get_workspace_layout", "name=NAME", "a workspace's windows and the displays saved with it"},
     {"capture_workspace", "name=NAME [bundle_ids=[ID,...]]",

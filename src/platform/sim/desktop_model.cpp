@@ -323,9 +323,19 @@ void DesktopModel::dragWindow(WindowNumber number, const Rect& frame) {
     if (window == nullptr || window->fullScreen || window->minimized) {
         return;
     }
+    const Rect before = window->frame;
     window->frame.origin = frame.origin;
     if (window->resizable) {
         window->frame.size = takenSize(*window, frame.size);
+        // A window resized by its left or top edge keeps its other edge where it was when it
+        // refuses the size asked, as the window manager anchors the edge the user did not hold.
+        const auto kept = [](double a, double b) { return std::abs(a - b) < 0.5; };
+        if (!kept(frame.minX(), before.minX()) && kept(frame.maxX(), before.maxX())) {
+            window->frame.origin.x = before.maxX() - window->frame.size.width;
+        }
+        if (!kept(frame.minY(), before.minY()) && kept(frame.maxY(), before.maxY())) {
+            window->frame.origin.y = before.maxY() - window->frame.size.height;
+        }
     }
     windowsChanged();
 }

@@ -119,7 +119,7 @@ struct SimulatedDesktop::State : sim::DesktopModel {
             return AXValue(w.minimized);
         }
         if (attribute == AXAttribute::kMinSize) {
-            if (!w.minSize) {
+            if (!w.minSize || !w.reportsMinSize) {
                 return unexpected(AXErrorCode::attributeUnsupported);
             }
             return AXValue(*w.minSize);

@@ -32,9 +32,9 @@ enum class WindowOwner { runningApplication, installedApplication, menuItem };
 
 SimulatedWindow readWindow(const Json& value, const std::string& place, WindowOwner owner) {
     std::set<std::string_view> known{
-        "title",        "frame",   "minSize",   "maxSize",    "resizeIncrements",
-        "applyDelayMs", "movable", "resizable", "fullScreen", "minimized",
-        "layer",        "subrole"};
+        "title",        "frame",   "minSize",       "maxSize",    "resizeIncrements",
+        "applyDelayMs", "movable", "resizable",     "fullScreen", "minimized",
+        "layer",        "subrole", "reportsMinSize"};
     if (owner != WindowOwner::menuItem) {
         known.insert({"number", "appearsAfterMs"});
     }
@@ -48,6 +48,7 @@ SimulatedWindow readWindow(const Json& value, const std::string& place, WindowOw
     window.title = reader.text("title", "");
     window.frame = rect(reader.required("frame"), reader.placeOf("frame"));
     window.minSize = reader.size("minSize");
+    window.reportsMinSize = reader.flag("reportsMinSize", true);
     window.maxSize = reader.size("maxSize");
     if (window.minSize && window.maxSize &&
         (window.maxSize->width < window.minSize->width ||

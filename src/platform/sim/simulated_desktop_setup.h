@@ -37,6 +37,8 @@ struct SimulatedWindow {
     Rect frame{};
     // Sizes below are raised to it, as applications enforce their minimum size.
     std::optional<Size> minSize{};
+    // False: the minimum is enforced but "AXMinSize" is unsupported, as many applications do.
+    bool reportsMinSize = true;
     std::optional<Size> maxSize{};
     // Sizes are taken in whole steps above minSize (or zero), rounding down, like a terminal
     // that sizes itself in character cells.
