@@ -185,4 +185,36 @@ bool XProbe::pressKeys(const std::vector<uint32_t>& keysyms) {
     return true;
 }
 
+void XProbe::drag(int fromX, int fromY, int toX, int toY, uint32_t resizing) {
+    const auto at = [](int from, int to, int step) {
+        return static_cast<std::int16_t>(from + (to - from) * step / 4);
+    };
+    client_.moveTo(static_cast<std::int16_t>(fromX), static_cast<std::int16_t>(fromY));
+    client_.fake(XCB_BUTTON_PRESS, 1);
+    if (resizing != 0) {
+        constexpr uint32_t kSizeRight = 3, kLeftButton = 1, kSourceApplication = 1;
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = resizing;
+        message.type = client_.atom("_NET_WM_MOVERESIZE");
+        message.data.data32[0] = static_cast<uint32_t>(fromX);
+        message.data.data32[1] = static_cast<uint32_t>(fromY);
+        message.data.data32[2] = kSizeRight;
+        message.data.data32[3] = kLeftButton;
+        message.data.data32[4] = kSourceApplication;
+        xcb_send_event(client_.raw(), 0, client_.root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&message));
+        client_.sync();
+    }
+    for (int step = 1; step <= 4; ++step) {
+        client_.moveTo(at(fromX, toX, step), at(fromY, toY, step));
+        // Each step reaches the window manager before the next, as a hand's motion does.
+        client_.sync();
+    }
+    client_.fake(XCB_BUTTON_RELEASE, 1);
+    client_.sync();
+}
+
 }  // namespace corvetta::testing

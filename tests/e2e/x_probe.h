@@ -55,6 +55,11 @@ public:
     // combination; `keysyms` are X key symbols (XK_Control_L, XK_Left, ...). Returns once the
     // server has processed the events; false when a symbol has no key in the layout.
     bool pressKeys(const std::vector<uint32_t>& keysyms);
+    // A person's drag with the left button: pressed at (fromX, fromY), moved in a few steps to
+    // (toX, toY), let go there; returns once the server has handled it all. With `resizing`, the
+    // press starts a resize of that window's right edge the way an application with its own
+    // decorations does it (_NET_WM_MOVERESIZE, as a border press would in the window manager).
+    void drag(int fromX, int fromY, int toX, int toY, uint32_t resizing = 0);
 
     static constexpr std::chrono::seconds kDeadline{30};
 

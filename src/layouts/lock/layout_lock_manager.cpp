@@ -197,6 +197,10 @@ void LayoutLockManager::follow(const AXWindowRef& dragged, const Rect& oldFrame,
             }
         }
     }
+    // Debug: one line per followed resize, for whoever wonders why a neighbour moved.
+    logger_.debug("Layout Lock followed a resize of " + dragged.element.description() + " to " +
+                  newFrame.description() + ": " + std::to_string(frames.size()) +
+                  " window(s) adjusted");
     setFrames(frames);
 }
 
