@@ -27,7 +27,13 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                   p.queue, p.logging),
       windowSnappingService(windowMover, screenDetection, accessibilityElement, calculationService,
                             p.desktop.applicationsPort(), p.defaults, p.logging,
-                            callbacks.willSnap),
+                            // Built before the lock, which it reaches only once a snap runs.
+                            [this](const AXElement& window) {
+                                if (callbacks.willSnap) {
+                                    callbacks.willSnap(window);
+                                }
+                                layoutLock.windowWillSnap(window);
+                            }),
       hotKeyCenter(p.desktop.hotKeyPort(), p.logging),
       hotKeyStore(p.defaults, p.notifications, p.logging),
       keyboardShortcuts(hotKeyStore, hotKeyCenter, p.notifications),

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -137,27 +138,39 @@ TEST_F(LayoutLockTest, ResizeMovesEveryEdgeOnTheDraggedLine) {
 TEST_F(LayoutLockTest, WindowsLeaveTheGroupAndTheLastOneEndsTheLock) {
     struct Row {
         const char* message;
-        std::function<void(SimulatedDesktop&, const AXElement& left)> act;
+        std::function<void()> act;
     };
     const std::vector<Row> rows = {
         {"Window minimized out of Layout Lock tiling group",
-         [](SimulatedDesktop& d, const AXElement& left) {
-             d.accessibilityPort().setAttributeValue(left, AXAttribute::kMinimized, true);
+         [this] {
+             desktop->accessibilityPort().setAttributeValue(refs[0].element,
+                                                            AXAttribute::kMinimized, true);
          }},
         {"Window moved out of Layout Lock tiling group",
-         [](SimulatedDesktop& d, const AXElement&) {
-             d.dragWindow(1, {200, 100, 495, 800});
+         [this] {
+             desktop->dragWindow(1, {200, 100, 495, 800});
          }},
         {"Window maximized out of Layout Lock tiling group",
-         [](SimulatedDesktop& d, const AXElement&) {
-             d.dragWindow(1, {0, 0, 998, 797});
+         [this] {
+             desktop->dragWindow(1, {0, 0, 998, 797});
+         }},
+        // A snap by shortcut is no resize for the neighbour to follow.
+        {"Window snapped out of Layout Lock tiling group",
+         [this] {
+             bool snapped = false;
+             services->windowSnappingService.snapWindow(
+                 *desktop->applicationsPort().runningApplication(1),
+                 WindowDirection::Case::bottomHalf,
+                 [&](const SnapResult& result) { snapped = result.has_value(); });
+             queue.advance(1s);
+             ASSERT_TRUE(snapped);
          }},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.message);
         start({kLeft, kRight});
         lockAndSettle();
-        row.act(*desktop, refs[0].element);
+        row.act();
         mouseUp();
         EXPECT_EQ(lockLog().back(), row.message);
         EXPECT_EQ(tiledCount(), 1);
@@ -190,7 +203,13 @@ TEST_F(LayoutLockTest, NeighbourThatRefusesToShrinkIsLearnedAndStopsLaterDrags) 
     EXPECT_FALSE(lock().pill().visible);
     userResize(1, {0, 0, 695, 800});
     EXPECT_EQ(frames(), (std::vector<Rect>{{0, 0, 590, 800}, {600, 0, 400, 800}}));
-    EXPECT_EQ(lockLog().back(), "Layout Lock reset to original frames");
+    // Nothing new learned since the reset: the drag stopped where the learned size said.
+    const auto log = lockLog();
+    const auto reset = std::find(log.rbegin(), log.rend(), "Layout Lock reset to original frames");
+    ASSERT_NE(reset, log.rend());
+    EXPECT_TRUE(std::none_of(log.rbegin(), reset, [](const std::string& line) {
+        return line.starts_with("Learned minimum size");
+    }));
 }
 
 TEST_F(LayoutLockTest, LockStartsAfterSettlingOnlyForTwoWindowsWithTheSettingOn) {

@@ -167,6 +167,24 @@ void LayoutLockManager::scan() {
     updatePill();
 }
 
+void LayoutLockManager::windowWillSnap(const AXElement& element) {
+    if (!map_) {
+        return;
+    }
+    auto* window = map_->find(AXWindowRef{element});
+    if (window == nullptr || !window->isTiled) {
+        return;
+    }
+    leave(*window, "Window snapped out of Layout Lock tiling group");
+    if (std::none_of(map_->windows.begin(), map_->windows.end(),
+                     [](const TiledWindow& w) { return w.isTiled; })) {
+        logger_.info("All windows left the tiling group — ending Layout Lock session");
+        unlock();
+        return;
+    }
+    updatePill();
+}
+
 void LayoutLockManager::leave(TiledWindow& window, const char* message) {
     window.isTiled = false;
     unreadable_.erase(window.ref);

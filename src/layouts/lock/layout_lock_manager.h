@@ -62,6 +62,9 @@ public:
     void reset();
     // Ends the lock, leaving the windows where they are.
     void untile() { unlock(); }
+    // A shortcut or the socket is about to snap this window somewhere else: it leaves the group
+    // first, so the next mouse-up does not take the snap for a resize its neighbours must follow.
+    void windowWillSnap(const AXElement& window);
     void perform(DriftPillCommand command);
 
     // None while no lock is active (also while a new one settles).
