@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "app/service_root.h"
+#include "bench_ranks.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/manual_plumbing.h"
@@ -30,13 +31,6 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kApplications = 5;
 constexpr int kWindowsEach = 10;
-
-double rank(std::vector<double> samples, double fraction) {
-    std::sort(samples.begin(), samples.end());
-    const auto index = static_cast<std::size_t>(
-        std::max(0.0, fraction * static_cast<double>(samples.size()) - 1e-9));
-    return samples[std::min(index, samples.size() - 1)];
-}
 
 int run(int runs) {
     TemporaryFolder root;

@@ -22,13 +22,13 @@
 #include <vector>
 
 #include "app/service_root.h"
-#include "automation/socket_client.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/manual_plumbing.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
+#include "x11_bench_support.h"
 #include "x11_frame_watch.h"
 #include "x_probe.h"
 
@@ -43,13 +43,6 @@ constexpr int kClientWidth = 300, kClientHeight = 200;
 // Only a hung program or window manager takes this long; a single miss ends the run.
 constexpr std::chrono::seconds kDeadline{10};
 constexpr const char* kApply = R"("apply_workspace_layout","params":{"name":"Fourths"})";
-
-double rank(std::vector<double> samples, double fraction) {
-    std::sort(samples.begin(), samples.end());
-    const auto index = static_cast<std::size_t>(
-        std::max(0.0, fraction * static_cast<double>(samples.size()) - 1e-9));
-    return samples[std::min(index, samples.size() - 1)];
-}
 
 class LayoutBench {
 public:
@@ -83,10 +76,10 @@ public:
             extraWidth_ = frame->width - kClientWidth;
             extraHeight_ = frame->height - kClientHeight;
         }
-        startCorvetta();
+        corvetta_ = std::make_unique<ProgramUnderTest>(root_.path(), environment());
         // Where the layout puts each window: learned once, then every run must get there.
         scatter();
-        const std::string answer = ask(kApply);
+        const std::string answer = corvetta_->ask(kApply);
         if (answer.find("\"windowCount\":4") == std::string::npos) {
             throw std::runtime_error("the layout did not place the four windows: " + answer);
         }
@@ -97,7 +90,7 @@ public:
 
     std::vector<double> measureCorvetta(int runs) {
         return measure(runs, [&] {
-            const std::string answer = ask(kApply);
+            const std::string answer = corvetta_->ask(kApply);
             if (answer.find("\"windowsVerified\":4") == std::string::npos) {
                 throw std::runtime_error("the layout did not verify every window: " + answer);
             }
@@ -160,10 +153,11 @@ private:
         for (std::size_t i = 0; i < windows_.size(); ++i) {
             watch_->moveResize(windows_[i], away_[i], extraWidth_, extraHeight_);
         }
-        if (!watch_->waitUntil([&] { return framesAre(away_); }, Clock::now() + kDeadline)) {
+        if (!watch_->waitUntil([&] { return framesAre(*probe_, windows_, away_); },
+                               Clock::now() + kDeadline)) {
             throw std::runtime_error("the windows did not scatter");
         }
-        ask(R"("sync")");
+        corvetta_->ask(R"("sync")");
     }
 
     // Scatters the windows (untimed), then times `apply` until every frame is in its pane.
@@ -173,7 +167,8 @@ private:
             scatter();
             const auto began = Clock::now();
             apply();
-            if (!watch_->waitUntil([&] { return framesAre(panes_); }, began + kDeadline)) {
+            if (!watch_->waitUntil([&] { return framesAre(*probe_, windows_, panes_); },
+                                   began + kDeadline)) {
                 throw std::runtime_error("the windows did not reach their panes:\n" +
                                          corvetta_->errors());
             }
@@ -181,45 +176,9 @@ private:
             if (run > 0) {  // the first pays for lazily fetched window properties
                 samples.push_back(Milliseconds(ended - began).count());
             }
-            corvetta_->waitForError("\n\x01", std::chrono::seconds(0));
+            corvetta_->drainErrors();
         }
         return samples;
-    }
-
-    bool framesAre(const std::vector<XFrame>& frames) {
-        for (std::size_t i = 0; i < windows_.size(); ++i) {
-            if (probe_->outerFrame(windows_[i]) != frames[i]) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    void startCorvetta() {
-        writeTestFile(root_.path() / "config" / "corvetta" / "preferences.json", "{}");
-        const auto socket = root_.path() / "corvetta.sock";
-        corvetta_ = std::make_unique<RunningProcess>(
-            std::vector<std::string>{CORVETTA_BINARY, "--desktop=x11",
-                                     "--socket=" + socket.string()},
-            environment());
-        if (!corvetta_->waitForError(" ready (pid ")) {
-            throw std::runtime_error("corvetta did not start:\n" + corvetta_->errors());
-        }
-        auto connected = SocketClient::connect(socket);
-        if (!connected) {
-            throw std::runtime_error("the automation socket does not answer");
-        }
-        socket_.emplace(std::move(*connected));
-    }
-
-    // `call` is the request after its id: `"method","params":{...}`.
-    std::string ask(const std::string& call) {
-        socket_->send(R"({"id":"b","method":)" + call + "}\n");
-        const auto line = socket_->readLine(std::chrono::seconds(30));
-        if (!line) {
-            throw std::runtime_error("no answer to " + call + ":\n" + corvetta_->errors());
-        }
-        return *line;
     }
 
     std::vector<std::string> environment() const {
@@ -236,8 +195,7 @@ private:
     int extraWidth_ = 0, extraHeight_ = 0;
     std::unique_ptr<XProbe> probe_;
     std::unique_ptr<FrameWatch> watch_;
-    std::unique_ptr<RunningProcess> corvetta_;
-    std::optional<SocketClient> socket_;
+    std::unique_ptr<ProgramUnderTest> corvetta_;
 };
 
 int run(int runs) {

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "app/service_root.h"
+#include "bench_ranks.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/fake_x_client.h"
@@ -32,13 +33,6 @@ namespace {
 
 using Milliseconds = std::chrono::duration<double, std::milli>;
 using namespace std::chrono_literals;
-
-double rank(std::vector<double> samples, double fraction) {
-    std::sort(samples.begin(), samples.end());
-    const auto index = static_cast<std::size_t>(
-        std::max(0.0, fraction * static_cast<double>(samples.size()) - 1e-9));
-    return samples[std::min(index, samples.size() - 1)];
-}
 
 // Runs the queue, X events included, until `done` or five seconds pass.
 template <class Done>

@@ -19,13 +19,13 @@
 #include <vector>
 
 #include "app/service_root.h"
-#include "automation/socket_client.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/manual_plumbing.h"
 #include "support/running_process.h"
 #include "support/temporary_folder.h"
 #include "support/virtual_display.h"
+#include "x11_bench_support.h"
 #include "x11_frame_watch.h"
 #include "x_probe.h"
 
@@ -41,13 +41,6 @@ constexpr int kWindows = kApplications * kWindowsEach;
 constexpr int kClientWidth = 400, kClientHeight = 300;
 // Only a hung program or window manager takes this long; a single miss ends the run.
 constexpr std::chrono::seconds kDeadline{10};
-
-double rank(std::vector<double> samples, double fraction) {
-    std::sort(samples.begin(), samples.end());
-    const auto index = static_cast<std::size_t>(
-        std::max(0.0, fraction * static_cast<double>(samples.size()) - 1e-9));
-    return samples[std::min(index, samples.size() - 1)];
-}
 
 class RestoreBench {
 public:
@@ -85,8 +78,9 @@ public:
         // What openbox adds around the client, which wmctrl's size (the client's) leaves out.
         extraWidth_ = home_.front().width - kClientWidth;
         extraHeight_ = home_.front().height - kClientHeight;
-        startCorvetta();
-        const std::string captured = ask(R"("capture_workspace","params":{"name":"Bench"})");
+        corvetta_ = std::make_unique<ProgramUnderTest>(root_.path(), environment());
+        const std::string captured =
+            corvetta_->ask(R"("capture_workspace","params":{"name":"Bench"})");
         if (captured.find("\"windowCount\":10") == std::string::npos) {
             throw std::runtime_error("the capture did not hold the ten windows: " + captured);
         }
@@ -94,7 +88,8 @@ public:
 
     std::vector<double> measureCorvetta(int runs) {
         return measure(runs, [&] {
-            const std::string answer = ask(R"("restore_workspace","params":{"name":"Bench"})");
+            const std::string answer =
+                corvetta_->ask(R"("restore_workspace","params":{"name":"Bench"})");
             if (answer.find("\"windowsPlaced\":10") == std::string::npos) {
                 throw std::runtime_error("the restore did not place every window: " + answer);
             }
@@ -164,15 +159,17 @@ private:
             for (std::size_t i = 0; i < windows_.size(); ++i) {
                 watch_->moveResize(windows_[i], away_[i], extraWidth_, extraHeight_);
             }
-            if (!watch_->waitUntil([&] { return framesAre(away_); }, Clock::now() + kDeadline)) {
+            if (!watch_->waitUntil([&] { return framesAre(*probe_, windows_, away_); },
+                                   Clock::now() + kDeadline)) {
                 throw std::runtime_error("the windows did not scatter");
             }
             if (corvetta_) {
-                ask(R"("sync")");
+                corvetta_->ask(R"("sync")");
             }
             const auto began = Clock::now();
             restore();
-            if (!watch_->waitUntil([&] { return framesAre(home_); }, began + kDeadline)) {
+            if (!watch_->waitUntil([&] { return framesAre(*probe_, windows_, home_); },
+                                   began + kDeadline)) {
                 throw std::runtime_error("the windows did not come home:\n" + corvetta_->errors());
             }
             const auto ended = Clock::now();
@@ -180,46 +177,10 @@ private:
                 samples.push_back(Milliseconds(ended - began).count());
             }
             if (corvetta_) {
-                corvetta_->waitForError("\n\x01", std::chrono::seconds(0));
+                corvetta_->drainErrors();
             }
         }
         return samples;
-    }
-
-    bool framesAre(const std::vector<XFrame>& frames) {
-        for (std::size_t i = 0; i < windows_.size(); ++i) {
-            if (probe_->outerFrame(windows_[i]) != frames[i]) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    void startCorvetta() {
-        writeTestFile(root_.path() / "config" / "corvetta" / "preferences.json", "{}");
-        const auto socket = root_.path() / "corvetta.sock";
-        corvetta_ = std::make_unique<RunningProcess>(
-            std::vector<std::string>{CORVETTA_BINARY, "--desktop=x11",
-                                     "--socket=" + socket.string()},
-            environment());
-        if (!corvetta_->waitForError(" ready (pid ")) {
-            throw std::runtime_error("corvetta did not start:\n" + corvetta_->errors());
-        }
-        auto connected = SocketClient::connect(socket);
-        if (!connected) {
-            throw std::runtime_error("the automation socket does not answer");
-        }
-        socket_.emplace(std::move(*connected));
-    }
-
-    // `call` is the request after its id: `"method","params":{...}`.
-    std::string ask(const std::string& call) {
-        socket_->send(R"({"id":"b","method":)" + call + "}\n");
-        const auto line = socket_->readLine(std::chrono::seconds(30));
-        if (!line) {
-            throw std::runtime_error("no answer to " + call + ":\n" + corvetta_->errors());
-        }
-        return *line;
     }
 
     std::vector<std::string> environment() const {
@@ -235,8 +196,7 @@ private:
     int extraWidth_ = 0, extraHeight_ = 0;
     std::unique_ptr<XProbe> probe_;
     std::unique_ptr<FrameWatch> watch_;
-    std::unique_ptr<RunningProcess> corvetta_;
-    std::optional<SocketClient> socket_;
+    std::unique_ptr<ProgramUnderTest> corvetta_;
 };
 
 int run(int runs) {

@@ -1,0 +1,74 @@
+// x11_bench_support.h: What the X11 benchmarks of the real program share: it, and frame checks.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "automation/socket_client.h"
+#include "bench_ranks.h"
+#include "support/running_process.h"
+#include "support/temporary_folder.h"
+#include "x_probe.h"
+
+namespace corvetta::testing {
+
+// Whether every window's outer frame is the one at the same place in `frames`.
+inline bool framesAre(XProbe& probe, const std::vector<uint32_t>& windows,
+                      const std::vector<XFrame>& frames) {
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        if (probe.outerFrame(windows[i]) != frames[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The real program on the benchmark's display, with empty preferences in `root`, answering on
+// its socket.
+class ProgramUnderTest {
+public:
+    ProgramUnderTest(const std::filesystem::path& root, std::vector<std::string> environment) {
+        writeTestFile(root / "config" / "corvetta" / "preferences.json", "{}");
+        const auto socket = root / "corvetta.sock";
+        process_ = std::make_unique<RunningProcess>(
+            std::vector<std::string>{CORVETTA_BINARY, "--desktop=x11",
+                                     "--socket=" + socket.string()},
+            std::move(environment));
+        if (!process_->waitForError(" ready (pid ")) {
+            throw std::runtime_error("corvetta did not start:\n" + process_->errors());
+        }
+        auto connected = SocketClient::connect(socket);
+        if (!connected) {
+            throw std::runtime_error("the automation socket does not answer");
+        }
+        socket_.emplace(std::move(*connected));
+    }
+
+    // `call` is the request after its id: `"method","params":{...}`.
+    std::string ask(const std::string& call) {
+        socket_->send(R"({"id":"b","method":)" + call + "}\n");
+        const auto line = socket_->readLine(std::chrono::seconds(30));
+        if (!line) {
+            throw std::runtime_error("no answer to " + call + ":\n" + process_->errors());
+        }
+        return *line;
+    }
+
+    // Reads what the program logged, untimed, so a full pipe never stalls it.
+    void drainErrors() { process_->waitForError("\n\x01", std::chrono::seconds(0)); }
+    const std::string& errors() const { return process_->errors(); }
+
+private:
+    std::unique_ptr<RunningProcess> process_;
+    std::optional<SocketClient> socket_;
+};
+
+}  // namespace corvetta::testing
