@@ -143,34 +143,19 @@ void LayoutService::place(const std::shared_ptr<Run>& run, const CustomLayoutTem
         }
     }
 
-    {
-        // Where writes wait for the window manager, four windows cost one wait, not four; the
-        // mover below then finds each window already in its pane, or tries again.
-        AXWriteBatch batch(ports_.accessibility);
-        for (const auto& move : moves) {
-            if (const auto set = accessibilityElement_.setFrame(move.window, move.targetFrame);
-                !set) {
-                logger.debug("Sending the frame of " + move.window.description() +
-                             " failed; the mover tries again: " + set.error().description());
-            }
-        }
-    }
-
     run->outcome.windowsPlaced = static_cast<int>(moves.size());
     run->movesPending = static_cast<int>(moves.size());
     run->handOver.assign(moves.size(), false);
     for (const auto& move : moves) {
         run->placed.push_back(move.window);
     }
-    for (std::size_t i = 0; i < moves.size(); ++i) {
-        // All in flight at once: each window is verified and retried on its own.
-        windowMover_.moveWindow(moves[i], [this, alive = std::weak_ptr<bool>(alive_), run,
-                                           i](const WindowMoveResult& result) {
-            if (alive.lock()) {
-                moved(run, i, result);
-            }
-        });
-    }
+    // All in flight at once: each window is verified and retried on its own.
+    windowMover_.moveWindows(moves, [this, alive = std::weak_ptr<bool>(alive_), run](
+                                        std::size_t i, const WindowMoveResult& result) {
+        if (alive.lock()) {
+            moved(run, i, result);
+        }
+    });
 }
 
 void LayoutService::moved(const std::shared_ptr<Run>& run, std::size_t index,

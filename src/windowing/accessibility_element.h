@@ -59,6 +59,9 @@ public:
     // The frontmost normal window under the pointer.
     std::optional<AXElement> windowUnderMouse();
 
+    // Writes made while it lives may go out together (see AXWriteBatch).
+    AXWriteBatch writeBatch() { return AXWriteBatch(accessibility_); }
+
     // Between screen space and accessibility space; the same formula goes both ways. Without
     // displays the frame is returned unchanged.
     Rect convertFrame(const Rect& frame) const;

@@ -132,6 +132,28 @@ void WindowMover::moveWindow(WindowMoveRequest request, WindowMoveCompletion com
     attempt(std::move(move), 1);
 }
 
+void WindowMover::moveWindows(
+    const std::vector<WindowMoveRequest>& requests,
+    std::function<void(std::size_t, const WindowMoveResult&)> completion) {
+    {
+        auto batch = accessibilityElement_.writeBatch();
+        for (const auto& request : requests) {
+            if (const auto set =
+                    accessibilityElement_.setFrame(request.window, request.targetFrame);
+                !set) {
+                logger_.info([&] {
+                    return "Sending the frame of " + request.window.description() +
+                           " failed; its move tries again: " + set.error().description();
+                });
+            }
+        }
+    }
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        moveWindow(requests[i],
+                   [completion, i](const WindowMoveResult& result) { completion(i, result); });
+    }
+}
+
 void WindowMover::supersedeEarlierMove(const std::shared_ptr<Move>& move) {
     const AXElement& window = move->request.window;
     if (const auto found = movesByWindow_.find(window); found != movesByWindow_.end()) {

@@ -76,6 +76,13 @@ public:
     // supersedes that one: its attempts stop and it completes with `superseded`.
     void moveWindow(WindowMoveRequest request, WindowMoveCompletion completion = {});
 
+    // Several windows at once, as a layout or a workspace places them: every frame is first sent
+    // in one batch of writes (where writes wait for the window manager, ten windows cost one wait,
+    // not ten), then each window is moved, verified and retried on its own as moveWindow does, all
+    // in flight together. `completion` runs once per request, with its index.
+    void moveWindows(const std::vector<WindowMoveRequest>& requests,
+                     std::function<void(std::size_t, const WindowMoveResult&)> completion);
+
     // Runs `callback` on the main queue once no move is under way: at once when none is, else
     // after the completions of the moves under way have been posted. A caller that must see every
     // window where it was sent (an automation client's sync) waits for this.

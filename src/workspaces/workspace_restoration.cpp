@@ -214,29 +214,15 @@ void WorkspaceRestoration::startMoves(const std::shared_ptr<Run>& run) {
         arrange(run);
         return;
     }
-    {
-        // Where writes wait for the window manager, ten windows then cost one wait, not ten; the
-        // mover below finds each window already in place, or tries again.
-        AXWriteBatch batch(ports_.accessibility);
-        for (const auto& move : moves) {
-            if (const auto set = accessibilityElement_.setFrame(move.window, move.targetFrame);
-                !set) {
-                logger.debug("Sending the frame of " + move.window.description() +
-                             " failed; the mover tries again: " + set.error().description());
-            }
-        }
-    }
     run->movesPending = static_cast<int>(moves.size());
-    for (const auto& move : moves) {
-        // Every move at once: each is verified and retried on its own, so a window that snaps to
-        // character cells does not hold up the others.
-        windowMover_.moveWindow(
-            move, [this, alive = std::weak_ptr<bool>(alive_), run](const WindowMoveResult& result) {
-                if (alive.lock()) {
-                    moved(run, result);
-                }
-            });
-    }
+    // Every move at once, each verified and retried on its own, so a window that snaps to
+    // character cells does not hold up the others.
+    windowMover_.moveWindows(moves, [this, alive = std::weak_ptr<bool>(alive_), run](
+                                        std::size_t, const WindowMoveResult& result) {
+        if (alive.lock()) {
+            moved(run, result);
+        }
+    });
 }
 
 bool WorkspaceRestoration::setFlag(const AXElement& window, std::string_view attribute, bool value,
