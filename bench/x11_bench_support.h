@@ -31,6 +31,18 @@ inline bool framesAre(XProbe& probe, const std::vector<uint32_t>& windows,
     return true;
 }
 
+// What a user's script does to move a window: one `wmctrl -e` process, waited for. The size wmctrl
+// takes is the client's, so the window manager's frame (`extraWidth`, `extraHeight`) comes off.
+inline void moveWithWmctrl(uint32_t window, const XFrame& to, int extraWidth, int extraHeight,
+                           const std::vector<std::string>& environment) {
+    RunningProcess wmctrl(
+        {"wmctrl", "-i", "-r", std::to_string(window), "-e",
+         "0," + std::to_string(to.x) + "," + std::to_string(to.y) + "," +
+             std::to_string(to.width - extraWidth) + "," + std::to_string(to.height - extraHeight)},
+        environment);
+    wmctrl.waitForExit();
+}
+
 // The real program on the benchmark's display, with empty preferences in `root`, answering on
 // its socket.
 class ProgramUnderTest {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "app/service_root.h"
+#include "bench_main.h"
 #include "bench_ranks.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
@@ -87,15 +88,6 @@ int run(int runs) {
 }  // namespace corvetta::testing
 
 int main(int argc, char** argv) {
-    const int runs = argc > 1 ? std::atoi(argv[1]) : 50;
-    if (runs < 1) {
-        std::fprintf(stderr, "usage: corvetta_x11_capture_bench [RUNS]\n");
-        return 2;
-    }
-    try {
-        return corvetta::testing::run(runs);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "corvetta_x11_capture_bench: %s\n", error.what());
-        return 1;
-    }
+    return corvetta::testing::benchMain(argc, argv, "corvetta_x11_capture_bench", "RUNS", 50,
+                                        corvetta::testing::run);
 }

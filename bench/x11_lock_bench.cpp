@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "app/service_root.h"
+#include "bench_main.h"
 #include "bench_ranks.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
@@ -158,15 +159,6 @@ int run(int runs) {
 }  // namespace corvetta::testing
 
 int main(int argc, char** argv) {
-    const int runs = argc > 1 ? std::atoi(argv[1]) : 100;
-    if (runs < 1) {
-        std::fprintf(stderr, "usage: corvetta_x11_lock_bench [RUNS]\n");
-        return 2;
-    }
-    try {
-        return corvetta::testing::run(runs);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "corvetta_x11_lock_bench: %s\n", error.what());
-        return 1;
-    }
+    return corvetta::testing::benchMain(argc, argv, "corvetta_x11_lock_bench", "RUNS", 100,
+                                        corvetta::testing::run);
 }

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "app/service_root.h"
+#include "bench_main.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/manual_plumbing.h"
@@ -99,13 +100,7 @@ public:
     std::vector<double> measureWmctrl(int runs) {
         return measure(runs, [&] {
             for (std::size_t i = 0; i < windows_.size(); ++i) {
-                const XFrame& to = home_[i];
-                RunningProcess wmctrl({"wmctrl", "-i", "-r", std::to_string(windows_[i]), "-e",
-                                       "0," + std::to_string(to.x) + "," + std::to_string(to.y) +
-                                           "," + std::to_string(to.width - extraWidth_) + "," +
-                                           std::to_string(to.height - extraHeight_)},
-                                      environment());
-                wmctrl.waitForExit();
+                moveWithWmctrl(windows_[i], home_[i], extraWidth_, extraHeight_, environment());
             }
         });
     }
@@ -225,15 +220,6 @@ int run(int runs) {
 }  // namespace corvetta::testing
 
 int main(int argc, char** argv) {
-    const int runs = argc > 1 ? std::atoi(argv[1]) : 50;
-    if (runs < 1) {
-        std::fprintf(stderr, "usage: corvetta_x11_restore_bench [RUNS]\n");
-        return 2;
-    }
-    try {
-        return corvetta::testing::run(runs);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "corvetta_x11_restore_bench: %s\n", error.what());
-        return 1;
-    }
+    return corvetta::testing::benchMain(argc, argv, "corvetta_x11_restore_bench", "RUNS", 50,
+                                        corvetta::testing::run);
 }

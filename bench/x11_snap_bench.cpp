@@ -30,6 +30,7 @@
 
 #include "app/service_root.h"
 #include "automation/socket_client.h"
+#include "bench_main.h"
 #include "platform/x11/x11_desktop.h"
 #include "support/child_process.h"
 #include "support/manual_plumbing.h"
@@ -351,15 +352,6 @@ int run(int presses) {
 }  // namespace corvetta::testing
 
 int main(int argc, char** argv) {
-    const int presses = argc > 1 ? std::atoi(argv[1]) : 200;
-    if (presses < 1) {
-        std::fprintf(stderr, "usage: corvetta_x11_bench [PRESSES]\n");
-        return 2;
-    }
-    try {
-        return corvetta::testing::run(presses);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "corvetta_x11_bench: %s\n", error.what());
-        return 1;
-    }
+    return corvetta::testing::benchMain(argc, argv, "corvetta_x11_bench", "PRESSES", 200,
+                                        corvetta::testing::run);
 }
