@@ -37,7 +37,7 @@ set(corvetta_session_files
     "man/corvetta.1.in|corvetta.1|${CORVETTA_FULL_MANDIR}/man1"
     "man/corvetta-ctl.1.in|corvetta-ctl.1|${CORVETTA_FULL_MANDIR}/man1")
 
-# One folder per destination, so installing to two places at once cannot mix their files.
+# One scratch folder per destination, so installing to two places at once cannot mix their files.
 string(MD5 destination_key "$ENV{DESTDIR}|${CMAKE_INSTALL_PREFIX}")
 set(generated "${CORVETTA_GENERATED}/${destination_key}")
 foreach(entry IN LISTS corvetta_session_files)
@@ -48,3 +48,4 @@ foreach(entry IN LISTS corvetta_session_files)
   configure_file("${CORVETTA_TEMPLATES}/${template}" "${generated}/${name}" @ONLY)
   file(INSTALL "${generated}/${name}" DESTINATION "${folder}")
 endforeach()
+file(REMOVE_RECURSE "${generated}")

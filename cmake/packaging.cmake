@@ -12,9 +12,8 @@ string(CONCAT CPACK_PACKAGE_DESCRIPTION
        "command palette and a local automation socket, applies layout templates, saves and\n"
        "restores workspaces, and keeps a log book of what it did. It works on X11 desktops.\n"
        "corvetta-ctl drives it from scripts.")
-# The package installs under /usr whatever prefix the build tree was configured with; the installed
-# files name their folders as they are generated while installing.
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+# The package installs under /usr (the DEB generator's prefix) whatever prefix the build tree was
+# configured with; the installed files name their folders as they are generated while installing.
 set(CPACK_STRIP_FILES ON)
 
 set(CPACK_DEBIAN_PACKAGE_SECTION x11)
@@ -30,4 +29,6 @@ file(WRITE "${corvetta_conffiles}" "/etc/xdg/autostart/corvetta.desktop\n")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${corvetta_conffiles}")
 
 set(CPACK_GENERATOR DEB)
+# The source package leaves out what git and the build trees keep beside the sources.
+set(CPACK_SOURCE_IGNORE_FILES "/\\\\.git(/|$)" "/build/" "/\\\\.cache/")
 include(CPack)
