@@ -44,7 +44,8 @@ $(cat "$scratch/files.diff")"
 # Whatever starts the program must start the one just installed, in whichever prefix that is.
 for file in "${entries[@]}" "$unit"; do
   while IFS='=' read -r key value; do
-    [ "${value%% *}" = "$prefix/bin/corvetta" ] || fail "$file: $key=$value does not start $prefix/bin/corvetta"
+    [ "${value%% *}" = "$prefix/bin/corvetta" ] ||
+      fail "$file: $key=$value does not start $prefix/bin/corvetta"
   done < <(grep -E '^(Exec|TryExec|ExecStart)=' "$prefix/$file")
 done
 [ -x "$prefix/bin/corvetta" ] || fail "bin/corvetta is not executable"
@@ -116,7 +117,8 @@ $(cat "$scratch/package.diff")"
     while read -r conffile; do
       grep -qxF ".$conffile" "$scratch/packaged" || fail "conffile $conffile is not in the package"
     done < <(dpkg-deb -I "$deb" conffiles)
-    dpkg-deb --fsys-tarfile "$deb" | tar -xO "./usr/$unit" | grep -qE '^ExecStart=/usr/bin/corvetta( |$)' ||
+    dpkg-deb --fsys-tarfile "$deb" | tar -xO "./usr/$unit" |
+      grep -qE '^ExecStart=/usr/bin/corvetta( |$)' ||
       fail "the packaged unit does not start /usr/bin/corvetta"
   else
     fail "cpack failed: $(cat "$scratch/cpack.log")"
