@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # install_test.sh: Installs a build tree into a scratch prefix and packages it, and checks what a
 # desktop will read from them: the file list, the entries, the unit, the man pages and the package.
-# Usage: install_test.sh BUILD_DIR
+# Usage: install_test.sh BUILD_DIR SOURCE_DIR
 set -uo pipefail
 build="$1"
+source="$2"
 scratch="$(mktemp -d)"
 trap 'rm -rf "$scratch"' EXIT
 failures=0
@@ -25,7 +26,11 @@ expected_files=(
   share/icons/hicolor/symbolic/apps/corvetta-symbolic.svg
   share/man/man1/corvetta-ctl.1
   share/man/man1/corvetta.1
+  share/doc/corvetta/README.md
 )
+while read -r page; do
+  expected_files+=("share/doc/corvetta/docs/$page")
+done < <(cd "$source/docs" && ls -- *.md)
 entries=(share/applications/com.corvetta.Corvetta.desktop etc/xdg/autostart/corvetta.desktop)
 unit=lib/systemd/user/corvetta.service
 
