@@ -21,7 +21,7 @@ std::vector<PaletteRow> thousandRows() {
     for (int i = 0; i < 1000; ++i) {
         const std::string name =
             std::string(words[i % 16]) + " " + words[(i * 7 + 3) % 16] + " " + std::to_string(i);
-        rows.push_back(PaletteRow{.item = PaletteItem(PaletteAction{name, name}),
+        rows.push_back(PaletteRow{.item = PaletteItem(PaletteAction{name, name, false, {}}),
                                   .section = static_cast<PaletteSection>(i % 4),
                                   .title = codePoints(name)});
     }

@@ -9,7 +9,7 @@ namespace corvetta {
 namespace {
 
 PaletteRow actionRow(const std::string& title, PaletteSection section = PaletteSection::actions) {
-    return PaletteRow{.item = PaletteItem(PaletteAction{title, title}),
+    return PaletteRow{.item = PaletteItem(PaletteAction{title, title, false, {}}),
                       .section = section,
                       .title = codePoints(title)};
 }
