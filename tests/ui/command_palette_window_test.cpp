@@ -61,7 +61,7 @@ TEST_F(CommandPaletteWindowTest, OpensWithThePlaceholderAndTypingFiltersTheRows)
     QTest::keyClicks(search, "mai l");
     EXPECT_EQ(model().searchText(), "mai l");
     EXPECT_EQ(selectedTitle(), "Mail");
-    EXPECT_EQ(model().visibleRowCount(), 3);  // Mail, Main Left, Main Right
+    EXPECT_EQ(model().visibleRowCount(), 2);  // Mail, Main Left
     screenshot("palette-query");
     QTest::keyClicks(search, "zz");
     EXPECT_EQ(model().emptyText(), "No results for \"mai lzz\"");
@@ -76,7 +76,7 @@ TEST_F(CommandPaletteWindowTest, ArrowsAndReturnActivateAndTheWindowHidesButStay
     EXPECT_FALSE(window->isVisible());
     queue.runUntilIdle();
     queue.advance(std::chrono::seconds(2));
-    EXPECT_EQ(frameOf(11), Rect(0, 25, 1440, 875));  // the only window fills the first pane
+    EXPECT_EQ(frameOf(11), Rect(0, 25, 720, 875));  // the only window takes the left pane
     rig->services.commandPalette.toggle();
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(search->text().isEmpty());
