@@ -19,6 +19,7 @@ AppDelegate::AppDelegate(const ProcessPlumbing& plumbing, std::function<void()> 
                     .quit = [this] { perform(StatusMenu::kQuitCommand); },
                     .statusMessage = [this] { return statusMessage(); },
                     .shortcutsNotRegistered = [this] { return shortcutsNotRegistered(); },
+                    .previousFrontmostApp = [this] { return previousFrontmostApp_; },
                 }) {
     ownBundleID_ =
         plumbing_.desktop.applicationsPort().currentApplication().bundleIdentifier.value_or("");
@@ -136,6 +137,7 @@ void AppDelegate::applicationWillTerminate() {
     }
     services_.permissionManager.stop();
     services_.shortcutService.unregisterAllShortcuts();
+    services_.commandPalette.servicesStopped();
 }
 
 // MARK: - Menu commands

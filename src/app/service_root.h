@@ -21,6 +21,7 @@
 #include "layouts/layout_service.h"
 #include "layouts/lock/layout_lock_manager.h"
 #include "layouts/lock/learned_min_size_store.h"
+#include "palette/command_palette_controller.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -83,6 +84,10 @@ struct ServiceCallbacks {
     };
     // Sees the window before a snap moves it; the layout lock's, once there is one.
     WillSnapHook willSnap{};
+    // The other application that was last in front, which the command palette gives focus back.
+    std::function<std::optional<RunningApplication>()> previousFrontmostApp = [] {
+        return std::optional<RunningApplication>{};
+    };
 };
 
 // The one place the long-lived services are built: each is a member, constructed from the
@@ -153,6 +158,8 @@ public:
     LayoutService layoutService;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
+    // The command palette: its rows, keys and what they do, and when its window opens.
+    CommandPaletteController commandPalette;
 
     // The program's own windows: the interface's, or, without one, the stand-in that logs.
     LoggingWindowPresenter loggingWindowPresenter;

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "ui/about_window.h"
+#include "ui/command_palette_window.h"
 #include "ui/status_item.h"
 
 namespace corvetta {
@@ -28,7 +29,11 @@ std::filesystem::path documentationEntry() {
 UiShell::UiShell(AppDelegate& delegate)
     : delegate_(delegate),
       logger_(delegate.services().plumbing.logging, "UiShell", LogCategory::startup()),
-      statusItem_(std::make_unique<StatusItem>(delegate)) {}
+      statusItem_(std::make_unique<StatusItem>(delegate)),
+      // Built at start, so the first show costs no more than the next.
+      paletteWindow_(std::make_unique<CommandPaletteWindow>(
+          delegate.services().commandPalette, delegate.services().plumbing.notifications,
+          ViewColors::fallback())) {}
 
 UiShell::~UiShell() = default;
 
@@ -46,7 +51,7 @@ void UiShell::showNewLayoutWindow() {
 }
 
 void UiShell::toggleCommandPalette() {
-    logger_.info("The command palette window is not built yet");
+    delegate_.services().commandPalette.toggle();
 }
 
 void UiShell::showAboutWindow() {

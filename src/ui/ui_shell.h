@@ -10,6 +10,7 @@ namespace corvetta {
 
 class StatusItem;
 class AboutWindow;
+class CommandPaletteWindow;
 
 // Builds every surface of the interface over the launched services and opens the windows the
 // shortcuts and the menu ask for. Lives between the launch and the end of the loop.
@@ -29,6 +30,7 @@ private:
     AppDelegate& delegate_;
     Logger logger_;
     std::unique_ptr<StatusItem> statusItem_;
+    std::unique_ptr<CommandPaletteWindow> paletteWindow_;
     std::unique_ptr<AboutWindow> aboutWindow_;
 };
 
