@@ -69,6 +69,8 @@ struct ProcessPlumbing {
     // Where the program's own files go (workspace backup, spaces, quarantine files); without one,
     // the config folder HOME and the XDG variables name.
     std::optional<std::filesystem::path> configFolder{};
+    // The interface's windows; none where nothing is drawn.
+    WindowPresenter* windowPresenter = nullptr;
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -157,8 +159,9 @@ public:
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
 
-    // The program's own windows; only logged until the user interface provides them.
-    LoggingWindowPresenter windowPresenter;
+    // The program's own windows: the interface's, or, without one, the stand-in that logs.
+    LoggingWindowPresenter loggingWindowPresenter;
+    WindowPresenter& windowPresenter;
     // The live set of global shortcuts, over everything above.
     ShortcutService shortcutService;
 
