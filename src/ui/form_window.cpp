@@ -53,7 +53,6 @@ FormWindow::FormWindow(NameForm& form, NotificationCenter& notifications, const 
       saveButton_(new QPushButton("Save")) {
     setWindowTitle(title);
     setWindowFlag(Qt::WindowStaysOnTopHint);
-    setAttribute(Qt::WA_DeleteOnClose, false);
     auto* layout = new QVBoxLayout(this);
     // The window follows its contents: a message that wraps onto a second line makes room.
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -110,6 +109,12 @@ void FormWindow::setColors(const ViewColors& colors) {
 }
 
 void FormWindow::presentOn(const QRect& area) {
+    // Asked again while open (the shortcut pressed twice): what the user typed stays.
+    if (isVisible()) {
+        raise();
+        activateWindow();
+        return;
+    }
     openForm();
     sync();
     ensurePolished();
@@ -127,6 +132,7 @@ void FormWindow::dismiss() {
 
 void FormWindow::done(int result) {
     const bool wasVisible = isVisible();
+    form_.close();
     QDialog::done(result);
     if (wasVisible && closedHandler_) {
         closedHandler_();

@@ -24,7 +24,8 @@ namespace corvetta {
 class FormWindow : public QDialog {
     Q_OBJECT
 public:
-    // Empties the form and shows the window centred in `area` (a display's available geometry).
+    // Empties the form and shows the window centred in `area` (a display's available geometry);
+    // brings it to the front as it is when it is already open.
     void presentOn(const QRect& area);
     void dismiss();
     void setColors(const ViewColors& colors);

@@ -69,10 +69,14 @@ void NameForm::reset() {
     touched_ = false;
     failure_.clear();
     phase_ = Phase::editing;
+    isOpen_ = true;
     check();
 }
 
 void NameForm::revalidate() {
+    if (!isOpen_) {
+        return;
+    }
     if (phase_ == Phase::editing) {
         check();
     }

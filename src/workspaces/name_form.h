@@ -42,11 +42,14 @@ public:
     bool canSave() const;
     // True once the item is added and written.
     bool save();
+    // The window went away: the form stops following the stores until it is opened again.
+    void close() { isOpen_ = false; }
+    bool isOpen() const { return isOpen_; }
 
 protected:
     NameForm(NotificationCenter& notifications, const char* didChange);
 
-    // Back to an empty form, as when the window opens.
+    // Back to an empty, open form, as when the window opens.
     void reset();
     // Checks the name again, after something it depends on changed; posts the change.
     void revalidate();
@@ -73,6 +76,7 @@ private:
     std::string nameMessage_;
     std::string failure_;
     Phase phase_ = Phase::editing;
+    bool isOpen_ = false;
 };
 
 }  // namespace corvetta

@@ -10,8 +10,10 @@ SaveWorkspaceForm::SaveWorkspaceForm(Services services)
         WorkspaceService::kWorkspacesDidChange, [this](const Notification&) { revalidate(); });
     spacesObserver_ = services_.notifications.addObserver(SpaceManager::kSpacesDidChange,
                                                           [this](const Notification&) {
-                                                              readSpaces();
-                                                              revalidate();
+                                                              if (isOpen()) {
+                                                                  readSpaces();
+                                                                  revalidate();
+                                                              }
                                                           });
 }
 

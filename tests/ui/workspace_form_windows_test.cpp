@@ -66,19 +66,16 @@ TEST_F(WorkspaceFormWindowsTest, SaveWorkspaceTypedChosenAndSavedWithReturn) {
     EXPECT_EQ(saved.windowInfos.size(), 2u);
 }
 
-TEST_F(WorkspaceFormWindowsTest, EscapeClosesWithoutSaving) {
-    saveWindow.presentOn(kArea);
-    QTest::keyClicks(saveWindow.nameField(), "Draft");
-    QTest::keyClick(saveWindow.nameField(), Qt::Key_Escape);
-    EXPECT_FALSE(saveWindow.isVisible());
-    EXPECT_EQ(closed, 1);
-    EXPECT_EQ(root.workspaceService.workspaces().size(), 1u);
-    saveWindow.presentOn(kArea);
-    EXPECT_EQ(saveWindow.nameField()->text(), "") << "a new showing starts empty";
-}
-
-TEST_F(WorkspaceFormWindowsTest, AddSpaceShowsItsMessagesAndAFailedWrite) {
+TEST_F(WorkspaceFormWindowsTest, AddSpaceCancelledSavedAndItsFailedWriteShown) {
     spaceWindow.presentOn(kArea);
+    QTest::keyClicks(spaceWindow.nameField(), "Draft");
+    QTest::keyClick(spaceWindow.nameField(), Qt::Key_Escape);
+    EXPECT_FALSE(spaceWindow.isVisible());
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(root.spaceManager.spaces().size(), 1u);
+
+    spaceWindow.presentOn(kArea);
+    EXPECT_EQ(spaceWindow.nameField()->text(), "") << "a new showing starts empty";
     QTest::keyClicks(spaceWindow.nameField(), "WORK");
     EXPECT_EQ(spaceWindow.nameMessage()->text(), SpaceManager::kNameTaken);
     EXPECT_FALSE(spaceWindow.saveButton()->isEnabled());
@@ -100,6 +97,7 @@ TEST_F(WorkspaceFormWindowsTest, AddSpaceShowsItsMessagesAndAFailedWrite) {
     EXPECT_FALSE(spaceWindow.isVisible());
     EXPECT_TRUE(std::filesystem::is_regular_file(root.spaceManager.spacesFile()));
     EXPECT_EQ(root.spaceManager.spaces().size(), 2u);
+    EXPECT_EQ(root.workspaceService.activeSpaceId(), std::nullopt) << "adding does not switch";
 }
 
 }  // namespace
