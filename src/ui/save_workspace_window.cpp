@@ -89,10 +89,12 @@ void SaveWorkspaceWindow::syncFields() {
     const auto& rows = form_.windowRows();
     windowsTitle_->setText(rows.empty() ? QString::fromUtf8(WorkspaceCapture::kNothingToCapture)
                                         : QString("Windows to save (%1)").arg(rows.size()));
-    if (rows == shownRows_ && windows_->topLevelItemCount() == static_cast<int>(rows.size())) {
+    if (rows == shownRows_ && shownSecondary_ == colors().textSecondary &&
+        windows_->topLevelItemCount() == static_cast<int>(rows.size())) {
         return;
     }
     shownRows_ = rows;
+    shownSecondary_ = colors().textSecondary;
     windows_->clear();
     for (const auto& row : rows) {
         const QString title =

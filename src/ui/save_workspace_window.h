@@ -38,6 +38,7 @@ private:
     // What the lists show, so typing a name does not rebuild them.
     std::vector<SpaceChoice> shownChoices_;
     std::vector<CapturedWindowRow> shownRows_;
+    QColor shownSecondary_;
 };
 
 }  // namespace corvetta
