@@ -1,12 +1,19 @@
 #include "ui/ui_shell.h"
 
 #include <QCoreApplication>
+#include <QCursor>
 #include <QDesktopServices>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QUrl>
 #include <filesystem>
 
 #include "ui/about_window.h"
+#include "ui/add_space_window.h"
 #include "ui/command_palette_window.h"
+#include "ui/cycle_hud_window.h"
+#include "ui/drift_pill_window.h"
+#include "ui/save_workspace_window.h"
 #include "ui/status_item.h"
 
 namespace corvetta {
@@ -24,6 +31,29 @@ std::filesystem::path documentationEntry() {
     return std::filesystem::exists(source) ? source : std::filesystem::path{};
 }
 
+// The usable area of the display under the pointer, where the user is looking.
+QRect displayUnderPointer() {
+    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    return screen ? screen->availableGeometry() : QRect(0, 0, 1280, 800);
+}
+
+// The usable area of the display holding a frame given in accessibility space, whose origin is the
+// primary display's top-left corner (Qt's primary is the same RandR primary the X11 desktop uses).
+QRect displayHolding(const Rect& frame) {
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    const QPoint origin = primary ? primary->geometry().topLeft() : QPoint();
+    const QPoint centre(origin.x() + static_cast<int>(frame.midX()),
+                        origin.y() + static_cast<int>(frame.midY()));
+    const QScreen* screen = QGuiApplication::screenAt(centre);
+    if (!screen) {
+        screen = primary;
+    }
+    return screen ? screen->availableGeometry() : QRect(0, 0, 1280, 800);
+}
+
 }  // namespace
 
 UiShell::UiShell(AppDelegate& delegate)
@@ -33,16 +63,41 @@ UiShell::UiShell(AppDelegate& delegate)
       // Built at start, so the first show costs no more than the next.
       paletteWindow_(std::make_unique<CommandPaletteWindow>(
           delegate.services().commandPalette, delegate.services().plumbing.notifications,
-          ViewColors::fallback())) {}
+          ViewColors::fallback())),
+      pillWindow_(std::make_unique<DriftPillWindow>(delegate.services().layoutLock,
+                                                    delegate.services().plumbing.notifications,
+                                                    ViewColors::fallback(), displayHolding)),
+      cycleHudWindow_(std::make_unique<CycleHudWindow>(
+          delegate.services().shortcutService.cycle(), delegate.services().plumbing.notifications,
+          ViewColors::fallback(), displayUnderPointer)) {}
 
 UiShell::~UiShell() = default;
 
 void UiShell::showSaveWorkspaceWindow() {
-    logger_.info("The save-workspace window is not built yet");
+    if (!saveWorkspaceWindow_) {
+        auto& services = delegate_.services();
+        saveWorkspaceWindow_ = std::make_unique<SaveWorkspaceWindow>(
+            services.saveWorkspaceForm, services.plumbing.notifications, ViewColors::fallback());
+        saveWorkspaceWindow_->setClosedHandler([this] { giveFocusBack(); });
+    }
+    saveWorkspaceWindow_->presentOn(displayUnderPointer());
 }
 
 void UiShell::showAddSpaceWindow() {
-    logger_.info("The add-space window is not built yet");
+    if (!addSpaceWindow_) {
+        auto& services = delegate_.services();
+        addSpaceWindow_ = std::make_unique<AddSpaceWindow>(
+            services.addSpaceForm, services.plumbing.notifications, ViewColors::fallback());
+        addSpaceWindow_->setClosedHandler([this] { giveFocusBack(); });
+    }
+    addSpaceWindow_->presentOn(displayUnderPointer());
+}
+
+void UiShell::giveFocusBack() {
+    if (const auto& previous = delegate_.previousFrontmostApp()) {
+        delegate_.services().plumbing.desktop.applicationsPort().activate(
+            previous->processIdentifier);
+    }
 }
 
 void UiShell::showNewLayoutWindow() {

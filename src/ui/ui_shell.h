@@ -11,6 +11,10 @@ namespace corvetta {
 class StatusItem;
 class AboutWindow;
 class CommandPaletteWindow;
+class DriftPillWindow;
+class CycleHudWindow;
+class SaveWorkspaceWindow;
+class AddSpaceWindow;
 
 // Builds every surface of the interface over the launched services and opens the windows the
 // shortcuts and the menu ask for. Lives between the launch and the end of the loop.
@@ -27,10 +31,17 @@ public:
     void showHelp() override;
 
 private:
+    // A dialog hands the keyboard back to the application the user was in.
+    void giveFocusBack();
+
     AppDelegate& delegate_;
     Logger logger_;
     std::unique_ptr<StatusItem> statusItem_;
     std::unique_ptr<CommandPaletteWindow> paletteWindow_;
+    std::unique_ptr<DriftPillWindow> pillWindow_;
+    std::unique_ptr<CycleHudWindow> cycleHudWindow_;
+    std::unique_ptr<SaveWorkspaceWindow> saveWorkspaceWindow_;
+    std::unique_ptr<AddSpaceWindow> addSpaceWindow_;
     std::unique_ptr<AboutWindow> aboutWindow_;
 };
 
