@@ -26,7 +26,7 @@ QFont scaled(QFont font, double factor, QFont::Weight weight) {
 CycleHudWindow::CycleHudWindow(const HoldToCycle& cycle, NotificationCenter& notifications,
                                const ViewColors& colors, DisplayFinder displayFinder)
     : QWidget(nullptr, Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus),
+                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
       cycle_(cycle),
       colors_(colors),
       displayFinder_(std::move(displayFinder)) {

@@ -114,8 +114,10 @@ private:
 
 DriftPillWindow::DriftPillWindow(LayoutLockManager& lock, NotificationCenter& notifications,
                                  const ViewColors& colors, DisplayFinder displayFinder)
+    // Left alone by the window manager, as an overlay should be: managed, a window that takes no
+    // focus had its clicks swallowed by the manager's click-to-focus grab (seen under openbox).
     : QWidget(nullptr, Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus),
+                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
       lock_(lock),
       colors_(colors),
       displayFinder_(std::move(displayFinder)),

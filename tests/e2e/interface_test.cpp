@@ -74,5 +74,39 @@ TEST_F(InterfaceOnX11, ThePaletteOpensFromItsShortcutFiltersAndAppliesALayout) {
     ASSERT_TRUE(x().pressKeys({XK_Escape}));
 }
 
+TEST_F(InterfaceOnX11, ThePillAppearsOnceTiledWindowsDriftAndResetPutsThemBack) {
+    startDesktop();
+    startPanel();
+    startCorvetta();
+    const uint32_t first = startClient({"--title", "first", "--geometry", "400x300+100+100"});
+    const uint32_t second = startClient({"--title", "second", "--geometry", "400x300+300+200"});
+    ASSERT_TRUE(x().activate(second));
+    sync();
+    ASSERT_THAT(request("apply_workspace_layout", R"({"name":"Halves"})"),
+                HasSubstr(R"("windowsVerified":2)"));
+    ASSERT_TRUE(corvettaSaid("Layout Lock active: 2 tiled windows", std::chrono::seconds(10)));
+    sync();
+    const XFrame left = frameOf(second), right = frameOf(first);
+
+    // The user widens the left window by its right edge; the neighbour follows, and both now
+    // stand away from where the layout put them.
+    const auto mark = corvettaOutputMark();
+    x().drag(left.x + left.width - 1, 400, left.x + left.width + 79, 400, second);
+    ASSERT_TRUE(waitForCorvettaToSay(mark, {"Layout Lock followed a resize"}));
+    const auto pill = x().waitForOverlayTitled("Layout Lock");
+    ASSERT_TRUE(pill) << "the pill did not appear";
+    sync();
+    EXPECT_NE(frameOf(second), left);
+
+    // Reset is the pill's first button, on its left half.
+    const XFrame at = frameOf(*pill);
+    x().drag(at.x + at.width / 4, at.y + at.height / 2, at.x + at.width / 4, at.y + at.height / 2);
+    ASSERT_TRUE(corvettaSaid("Layout Lock reset to original frames", std::chrono::seconds(10)));
+    sync();
+    EXPECT_EQ(frameOf(second), left);
+    EXPECT_EQ(frameOf(first), right);
+    EXPECT_TRUE(x().waitUntilUnmapped(*pill)) << "the pill stayed after the windows came back";
+}
+
 }  // namespace
 }  // namespace corvetta::testing

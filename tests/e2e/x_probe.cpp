@@ -41,7 +41,8 @@ std::ostream& operator<<(std::ostream& out, const XFrame& frame) {
 
 XProbe::XProbe(const std::string& displayName)
     : client_(displayName), connection_(client_.raw()), root_(client_.root()) {
-    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    // Root properties for the window manager's lists, substructure for overlays it never lists.
+    const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection_, root_, XCB_CW_EVENT_MASK, &mask);
     xcb_flush(connection_);
 }
@@ -152,6 +153,43 @@ std::optional<uint32_t> XProbe::waitForWindowTitled(const std::string& title) {
         return false;
     });
     return found;
+}
+
+std::optional<uint32_t> XProbe::waitForOverlayTitled(const std::string& title) {
+    std::optional<uint32_t> found;
+    waitForRootChange([&] {
+        auto tree =
+            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr));
+        if (!tree) {
+            return false;
+        }
+        const xcb_window_t* children = xcb_query_tree_children(tree.get());
+        for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+            auto attributes = owned(xcb_get_window_attributes_reply(
+                connection_, xcb_get_window_attributes(connection_, children[i]), nullptr));
+            if (!attributes || !attributes->override_redirect ||
+                attributes->map_state != XCB_MAP_STATE_VIEWABLE) {
+                continue;
+            }
+            auto name = property(children[i], XCB_ATOM_WM_NAME, XCB_ATOM_ANY, 256);
+            if (name && std::string(static_cast<const char*>(xcb_get_property_value(name.get())),
+                                    static_cast<std::size_t>(
+                                        xcb_get_property_value_length(name.get()))) == title) {
+                found = children[i];
+                return true;
+            }
+        }
+        return false;
+    });
+    return found;
+}
+
+bool XProbe::waitUntilUnmapped(uint32_t window) {
+    return waitForRootChange([&] {
+        auto attributes = owned(xcb_get_window_attributes_reply(
+            connection_, xcb_get_window_attributes(connection_, window), nullptr));
+        return !attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE;
+    });
 }
 
 std::optional<XProbe::Steps> XProbe::resizeSteps(uint32_t window) {

@@ -43,6 +43,11 @@ public:
     // Waits until the window manager manages a window whose WM_NAME is `title` and has framed it
     // (its _NET_FRAME_EXTENTS are set); that window.
     std::optional<uint32_t> waitForWindowTitled(const std::string& title);
+    // An overlay (a window the window manager leaves alone: a pill, a toast) titled `title`, once
+    // it is mapped; none when none came within the deadline.
+    std::optional<uint32_t> waitForOverlayTitled(const std::string& title);
+    // Whether the window ended unmapped within the deadline.
+    bool waitUntilUnmapped(uint32_t window);
     // WM_NORMAL_HINTS' resize increments, as terminals set them to their character cell; none
     // when the window sets none.
     struct Steps {
