@@ -10,6 +10,7 @@
 
 #include "foundation/event_loop.h"
 #include "foundation/manual_queue.h"
+#include "support/main_queue_contract.h"
 
 namespace corvetta {
 namespace {
@@ -151,44 +152,8 @@ TEST_F(ManualQueueTest, RunAndWaitRunsOnTheMainThreadAndPassesExceptionsBack) {
     EXPECT_TRUE(ran);
 }
 
-// The one test on real time: the program's loop must wake for posts from other threads, for due
-// timers and for ready descriptors, and stop when asked.
-TEST(EventLoop, RunsPostedDelayedAndDescriptorWorkInRealTime) {
-    SystemClock clock;
-    EventLoop loop(clock);
-    std::vector<std::string> order;
-    int fds[2];
-    ASSERT_EQ(pipe(fds), 0);
-
-    FdWatch watch = loop.watch(fds[0], static_cast<unsigned>(FdEvent::readable), [&](unsigned) {
-        char c;
-        ASSERT_EQ(read(fds[0], &c, 1), 1);
-        order.push_back(std::string("fd:") + c);
-        loop.postDelayed(20ms, [&] {
-            order.push_back("timer");
-            loop.stop();
-        });
-    });
-    auto cancelled = loop.postDelayed(10ms, [&] { order.push_back("cancelled"); });
-    cancelled.cancel();
-    bool ranOnMain = false;
-    std::thread other([&] {
-        loop.runAndWait([&] {
-            order.push_back("from-thread");
-            ranOnMain = loop.isMainThread();
-        });
-        ASSERT_EQ(write(fds[1], "x", 1), 1);
-    });
-    const auto started = clock.monotonicNow();
-    loop.run();
-    other.join();
-    EXPECT_EQ(order, (std::vector<std::string>{"from-thread", "fd:x", "timer"}));
-    EXPECT_GE(clock.monotonicNow() - started, 20ms);
-    EXPECT_TRUE(ranOnMain);
-    EXPECT_FALSE(std::async(std::launch::async, [&] { return loop.isMainThread(); }).get());
-    close(fds[0]);
-    close(fds[1]);
-}
+// The poll loop owes the product the same as every other main queue.
+INSTANTIATE_TYPED_TEST_SUITE_P(PollLoop, MainQueueContract, ::testing::Types<EventLoop>);
 
 }  // namespace
 }  // namespace corvetta
