@@ -13,6 +13,10 @@ namespace {
 std::filesystem::path configFolderOf(const ProcessPlumbing& plumbing) {
     return plumbing.configFolder.value_or(Paths::resolve(processEnvironment()).configFolder);
 }
+
+std::filesystem::path themesFolderOf(const ProcessPlumbing&) {
+    return Paths::resolve(processEnvironment()).applicationSupportFolder / "Themes";
+}
 }  // namespace
 
 ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
@@ -54,6 +58,14 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                   .logging = p.logging}),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      themeColors(p.defaults, p.logging),
+      themeManager({.defaults = p.defaults,
+                    .accentColors = themeColors,
+                    .appearance = p.desktop.systemAppearancePort(),
+                    .clock = p.queue.clock(),
+                    .logging = p.logging,
+                    .themesFolder = themesFolderOf(p)}),
+      toastManager(p.defaults, p.queue, p.logging),
       workspaceService(p.defaults, p.notifications, p.queue.clock(), p.logging, configFolderOf(p)),
       spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
                    configFolderOf(p),
@@ -73,11 +85,12 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                             p.desktop.screenPort(), p.desktop.windowListPort()},
                            accessibilityElement, windowMover, deeplinkOpener, workspaceService,
                            workspaceCapture, p.defaults, p.queue, p.logging),
+      toastAnnouncer(workspaceRestoration, toastManager),
       layoutService({p.desktop.accessibilityPort(), p.desktop.windowListPort(),
                      p.desktop.applicationsPort(), p.desktop.screenPort(), p.desktop.pointerPort()},
                     accessibilityElement, windowMover, layoutLock, p.defaults, p.queue, p.logging),
       autoRestoreOnWake({.workspaces = workspaceService,
-                         .restorer = workspaceRestoration,
+                         .restorer = toastAnnouncer,
                          .displayMonitor = displayChangeMonitor,
                          .displayStability = displayStability,
                          .sleepWake = p.desktop.sleepWakePort(),
@@ -94,7 +107,7 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .workspaceService = workspaceService,
                        .spaceManager = spaceManager,
                        .layoutStore = customLayoutStore,
-                       .restorer = workspaceRestoration,
+                       .restorer = toastAnnouncer,
                        .windowPresenter = windowPresenter,
                        .events = p.desktop.eventMonitorPort(),
                        .defaults = p.defaults,
@@ -104,7 +117,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .applyLayout =
                            [this](const Uuid& templateId) {
                                if (const auto* layout = customLayoutStore.find(templateId)) {
-                                   layoutService.applyCustomLayout(*layout);
+                                   layoutService.applyCustomLayout(
+                                       *layout, [this, name = layout->name](const LayoutResult& r) {
+                                           toastAnnouncer.layoutApplied(name, r);
+                                       });
                                }
                            }}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
@@ -135,10 +151,12 @@ AutomationContext ServiceRoot::automationContext() {
         .layoutLock = layoutLock,
         .workspaceService = workspaceService,
         .workspaceCapture = workspaceCapture,
-        .restorer = workspaceRestoration,
+        .restorer = toastAnnouncer,
         .spaceManager = spaceManager,
         .shortcuts = shortcutService,
         .importExport = importExport,
+        .themes = themeManager,
+        .announcer = toastAnnouncer,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,
