@@ -19,6 +19,7 @@ AppDelegate::AppDelegate(const ProcessPlumbing& plumbing, std::function<void()> 
                     .quit = [this] { perform(StatusMenu::kQuitCommand); },
                     .statusMessage = [this] { return statusMessage(); },
                     .shortcutsNotRegistered = [this] { return shortcutsNotRegistered(); },
+                    .previousFrontmostApp = [this] { return previousFrontmostApp_; },
                 }) {
     ownBundleID_ =
         plumbing_.desktop.applicationsPort().currentApplication().bundleIdentifier.value_or("");
@@ -104,9 +105,13 @@ void AppDelegate::observeNotifications() {
     observe(AppNotifications::kWindowManagementEnabledChanged,
             &AppDelegate::handleWindowManagementEnabledChanged);
     observe(AppNotifications::kRefreshStatusMenu, &AppDelegate::handleRefreshStatusMenu);
-    workspaceCancellables_.push_back(plumbing_.notifications.addObserver(
-        AppNotifications::kWorkspacesDidChange,
-        [this](const Notification& n) { handleRefreshStatusMenu(n); }));
+    // The submenus list the records and the labels show the combinations.
+    for (const char* name :
+         {AppNotifications::kWorkspacesDidChange, SpaceManager::kSpacesDidChange,
+          CustomLayoutStore::kDidChangeNotification, HotKeyStore::kDidChangeNotification}) {
+        workspaceCancellables_.push_back(plumbing_.notifications.addObserver(
+            name, [this](const Notification& n) { handleRefreshStatusMenu(n); }));
+    }
     loggingObservers_.push_back(plumbing_.notifications.addObserver(
         LoggingManager::kSettingsChangedNotification,
         [this](const Notification& n) { handleLoggingSettingsChanged(n); }));
@@ -132,12 +137,13 @@ void AppDelegate::applicationWillTerminate() {
     }
     services_.permissionManager.stop();
     services_.shortcutService.unregisterAllShortcuts();
+    services_.commandPalette.servicesStopped();
 }
 
 // MARK: - Menu commands
 
-bool AppDelegate::perform(std::string_view command) {
-    const auto item = statusMenu_.item(command);
+bool AppDelegate::perform(std::string_view command, std::string_view argument) {
+    const auto item = statusMenu_.item(command, argument);
     if (!item) {
         logger_.warning("Menu command not available: " + std::string(command));
         return false;
@@ -151,8 +157,7 @@ bool AppDelegate::perform(std::string_view command) {
         terminate_();
         return true;
     }
-    if (command == StatusMenu::kRequestPermissionCommand) {
-        services_.permissionManager.requestPermission();
+    if (performOwnCommand(command, item->argument)) {
         return true;
     }
     const auto name = windowActionShortcutName(command);
@@ -162,6 +167,45 @@ bool AppDelegate::perform(std::string_view command) {
         return false;
     }
     action->perform(services_.windowSnappingService);
+    return true;
+}
+
+bool AppDelegate::performOwnCommand(std::string_view command, const std::string& argument) {
+    auto& presenter = services_.windowPresenter;
+    const auto id = Uuid::parse(argument);
+    if (command == StatusMenu::kRequestPermissionCommand) {
+        services_.permissionManager.requestPermission();
+    } else if (command == StatusMenu::kCommandPaletteCommand) {
+        presenter.toggleCommandPalette();
+    } else if (command == StatusMenu::kSaveWorkspaceCommand) {
+        presenter.showSaveWorkspaceWindow();
+    } else if (command == StatusMenu::kAddSpaceCommand) {
+        presenter.showAddSpaceWindow();
+    } else if (command == StatusMenu::kAboutCommand) {
+        presenter.showAboutWindow();
+    } else if (command == StatusMenu::kHelpCommand) {
+        presenter.showHelp();
+    } else if (command == StatusMenu::kRestoreWorkspaceCommand) {
+        const Workspace* workspace = id ? services_.workspaceService.workspace(*id) : nullptr;
+        if (!workspace) {
+            logger_.warning("No workspace " + argument + " to restore");
+            return true;
+        }
+        services_.workspaceRestoration.restore(*workspace, RestoreTrigger::user, {});
+    } else if (command == StatusMenu::kSwitchSpaceCommand) {
+        // The "Global" stand-in has an id of its own, but activating it means no named space.
+        const bool global = id && *id == services_.spaceManager.globalSpace().id;
+        services_.spaceManager.activate(global ? std::nullopt : id);
+    } else if (command == StatusMenu::kApplyLayoutCommand) {
+        const CustomLayoutTemplate* layout = id ? services_.customLayoutStore.find(*id) : nullptr;
+        if (!layout) {
+            logger_.warning("No layout " + argument + " to apply");
+            return true;
+        }
+        services_.layoutService.applyCustomLayout(*layout);
+    } else {
+        return false;
+    }
     return true;
 }
 
@@ -186,16 +230,38 @@ void AppDelegate::updateStatusMenu() {
 
 void AppDelegate::rebuildStatusMenu() {
     pendingUpdate_ = false;
-    const StatusMenuState state{
+    StatusMenuState state{
         .isAccessibilityPermissionGranted = isAccessibilityPermissionGranted_,
         .isWindowManagementEnabled = services_.shortcutService.isWindowManagementEnabled(),
         .hideWindowManagementMenuItems =
             plumbing_.defaults.boolValue(AppSettings::kHideWindowManagementMenuItems)
                 .value_or(false),
     };
+    for (const auto& workspace : services_.workspaceService.workspaces()) {
+        if (workspace.id) {
+            state.workspaces.push_back({workspace.id->string(), workspace.name,
+                                        workspaceShortcutName(workspace.id->string())});
+        }
+    }
+    const auto& global = services_.spaceManager.globalSpace();
+    state.spaces.push_back({global.id.string(), global.name});
+    for (const auto& space : services_.spaceManager.spaces()) {
+        state.spaces.push_back(
+            {space.id.string(), space.name, spaceShortcutName(space.id.string())});
+    }
+    const auto& active = services_.workspaceService.activeSpaceId();
+    state.activeSpaceId =
+        (active && services_.spaceManager.space(*active) ? *active : global.id).string();
+    for (const auto& layout : services_.customLayoutStore.layouts()) {
+        state.layouts.push_back({layout.id.string(), layout.name, layout.shortcutName()});
+    }
+    for (const auto& [name, shortcut] : services_.keyboardShortcuts.notRegistered()) {
+        state.shortcutsInUse.insert(name);
+    }
     statusMenu_ =
         StatusMenu::build(state, [this](std::string_view name) { return shortcutLabel(name); });
     ++statusMenuRevision_;
+    plumbing_.notifications.post(AppNotifications::kStatusMenuDidChange);
 }
 
 std::string AppDelegate::shortcutLabel(std::string_view name) {

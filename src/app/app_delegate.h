@@ -35,8 +35,9 @@ public:
     // call twice; the destructor calls it.
     void applicationWillTerminate();
 
-    // Runs a menu command; false, logged, when the menu offers no such command or it is disabled.
-    bool perform(std::string_view command);
+    // Runs a menu command (on the record `argument` names, for the submenus); false, logged, when
+    // the menu offers no such command or it is disabled.
+    bool perform(std::string_view command, std::string_view argument = {});
     // While the menu is shown it is not rebuilt under the user's pointer; a change waits for it to
     // close.
     void menuWillOpen();
@@ -74,6 +75,8 @@ private:
     void handleRefreshStatusMenu(const Notification& notification);
     void handleLoggingSettingsChanged(const Notification& notification);
 
+    // The commands that are no window action; false for a window action.
+    bool performOwnCommand(std::string_view command, const std::string& argument);
     // Window actions need both the permission and the user's switch.
     void updateWindowFeatures();
     void updateStatusMenu();

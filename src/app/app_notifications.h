@@ -13,6 +13,8 @@ struct AppNotifications {
     static constexpr const char* kWindowManagementEnabledChanged = "WindowManagementEnabledChanged";
     static constexpr const char* kRefreshStatusMenu = "RefreshStatusMenu";
     static constexpr const char* kWorkspacesDidChange = "com.corvetta.workspacesDidChange";
+    // The delegate rebuilt the status menu; the status item redraws it.
+    static constexpr const char* kStatusMenuDidChange = "com.corvetta.statusMenuDidChange";
 };
 
 // The notification that announces each setting whose change someone reacts to at once; the

@@ -15,13 +15,13 @@
 #include "diagnostics/logger.h"
 #include "diagnostics/logging_service.h"
 #include "diagnostics/stderr_log.h"
-#include "foundation/event_loop.h"
 #include "foundation/json_file_preferences.h"
 #include "foundation/notification_center.h"
 
 namespace corvetta {
 
-int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock) {
+int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock,
+                   const FrontendFactory& makeFrontend) {
     ignoreBrokenPipes();
     StderrLog platformLog;
     JsonFilePreferences preferences(paths.preferencesFile(), clock);
@@ -34,22 +34,26 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
         logger.warning(warning);
     }
 
-    EventLoop loop(clock, [&logger](std::exception_ptr failure) {
-        try {
-            std::rethrow_exception(failure);
-        } catch (const std::exception& e) {
-            logger.error(std::string("Unhandled error in main-queue work: ") + e.what());
-        } catch (...) {
-            logger.error("Unhandled error in main-queue work");
-        }
-    });
+    const auto frontend = makeFrontend(
+        clock,
+        [&logger](std::exception_ptr failure) {
+            try {
+                std::rethrow_exception(failure);
+            } catch (const std::exception& e) {
+                logger.error(std::string("Unhandled error in main-queue work: ") + e.what());
+            } catch (...) {
+                logger.error("Unhandled error in main-queue work");
+            }
+        },
+        logger);
+    MainQueue& loop = frontend->queue();
 
     // Before the socket exists: a signal during start-up is served once the loop runs, so it
     // too ends the program the clean way, removing the socket.
     TerminationSignals signals(loop, [&](int signal) {
         logger.info(std::string("Received ") + TerminationSignals::name(signal) +
                     ", shutting down");
-        loop.stop();
+        frontend->stop();
     });
 
     std::unique_ptr<Desktop> desktop;
@@ -85,8 +89,9 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
             .version = versionText(),
             .desktopDescription = desktopDescription,
             .configFolder = paths.configFolder,
+            .windowPresenter = frontend->windowPresenter(),
         },
-        [&loop] { loop.stop(); });
+        [&frontend] { frontend->stop(); });
     if (delegate.applicationDidFinishLaunching() == AppDelegate::LaunchResult::alreadyRunning) {
         platformLog.flush();
         std::fprintf(stderr, "corvetta: Corvetta is already running (socket %s)\n",
@@ -96,7 +101,9 @@ int runApplication(const CommandLineOptions& options, const Paths& paths, const 
 
     loop.post(
         [&] { logger.info(versionText() + " ready (pid " + std::to_string(getpid()) + ")"); });
-    loop.run();
+    frontend->servicesDidLaunch(delegate);
+    frontend->run();
+    frontend->servicesWillStop();
     delegate.applicationWillTerminate();
 
     if (!preferences.synchronize()) {

@@ -2,14 +2,16 @@
 #pragma once
 
 #include "app/command_line.h"
+#include "app/frontend.h"
 #include "foundation/clock.h"
 #include "foundation/paths.h"
 
 namespace corvetta {
 
-// The process root for now: builds the long-lived services, runs the main queue until a
-// termination signal arrives, and shuts down cleanly. Returns the process exit code: 2 when the
-// chosen desktop cannot be opened.
-int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock);
+// The process root: builds the frontend that carries the main thread, the long-lived services on
+// it, runs it until a termination signal or quit, and shuts down cleanly. Returns the process
+// exit code: 2 when the chosen desktop cannot be opened.
+int runApplication(const CommandLineOptions& options, const Paths& paths, const Clock& clock,
+                   const FrontendFactory& makeFrontend = makePollFrontend);
 
 }  // namespace corvetta

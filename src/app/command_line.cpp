@@ -71,6 +71,8 @@ Expected<CommandLineOptions, CommandLineError> parseCommandLine(
                 return unexpected(CommandLineError{"option '--socket' needs a path"});
             }
             options.socketPath = std::filesystem::path(**socket);
+        } else if (argument == "--no-ui") {
+            options.noUi = true;
         } else if (argument == "--help" || argument == "-h") {
             options.showHelp = true;
         } else if (argument == "--version" || argument == "-V") {
@@ -92,6 +94,21 @@ std::optional<DesktopChoice> defaultDesktopChoice(
     return DesktopChoice{.kind = DesktopChoice::Kind::x11};
 }
 
+std::optional<std::string> interfaceDisplay(const CommandLineOptions& options,
+                                            const std::optional<std::string>& displayVariable) {
+    if (options.noUi) {
+        return std::nullopt;
+    }
+    if (options.desktop && options.desktop->kind == DesktopChoice::Kind::x11 &&
+        !options.desktop->display.empty()) {
+        return options.desktop->display;
+    }
+    if (displayVariable && !displayVariable->empty()) {
+        return *displayVariable;
+    }
+    return std::nullopt;
+}
+
 std::string helpText() {
     return "Usage: corvetta [options]\n"
            "\n"
@@ -105,6 +122,8 @@ std::string helpText() {
            "                      docs/simulated-desktop.md).\n"
            "  --socket=PATH       Listen for automation requests on PATH instead of the\n"
            "                      default socket (see docs/automation.md).\n"
+           "  --no-ui             Run without the interface (status item, command palette,\n"
+           "                      toasts); shortcuts and the socket work as before.\n"
            "  -h, --help          Show this help and exit.\n"
            "  -V, --version       Show the version and exit.\n"
            "\n"

@@ -28,6 +28,8 @@ struct CommandLineOptions {
     std::optional<DesktopChoice> desktop;
     // Where the automation socket listens; the default place when absent.
     std::optional<std::filesystem::path> socketPath;
+    // Run without the interface even where an X display could show it.
+    bool noUi = false;
 };
 
 struct CommandLineError {
@@ -41,6 +43,11 @@ Expected<CommandLineOptions, CommandLineError> parseCommandLine(
 // The desktop to use when none was chosen: the X display when DISPLAY names one, else none.
 std::optional<DesktopChoice> defaultDesktopChoice(
     const std::optional<std::string>& displayVariable);
+
+// The X display the interface shows on: the X desktop's own display, else the one DISPLAY names;
+// none with --no-ui or where there is no X display at all (a simulated desktop, DISPLAY unset).
+std::optional<std::string> interfaceDisplay(const CommandLineOptions& options,
+                                            const std::optional<std::string>& displayVariable);
 
 std::string helpText();
 // "corvetta <version>".

@@ -7,6 +7,9 @@
 #include "app/command_line.h"
 #include "foundation/clock.h"
 #include "foundation/paths.h"
+#ifdef CORVETTA_HAS_UI
+#include "ui/interface_frontend.h"
+#endif
 
 int main(int argc, char** argv) {
     using namespace corvetta;
@@ -30,7 +33,13 @@ int main(int argc, char** argv) {
     }
     try {
         SystemClock clock;
-        return runApplication(*options, Paths::resolve(processEnvironment()), clock);
+        FrontendFactory frontend = makePollFrontend;
+#ifdef CORVETTA_HAS_UI
+        if (const auto display = interfaceDisplay(*options, processEnvironment()("DISPLAY"))) {
+            frontend = interfaceFrontendFactory(*display);
+        }
+#endif
+        return runApplication(*options, Paths::resolve(processEnvironment()), clock, frontend);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "corvetta: %s\n", e.what());
         return 1;

@@ -25,6 +25,7 @@
 #include "layouts/layout_service.h"
 #include "layouts/lock/layout_lock_manager.h"
 #include "layouts/lock/learned_min_size_store.h"
+#include "palette/command_palette_controller.h"
 #include "platform/desktop.h"
 #include "shortcuts/hot_key_center.h"
 #include "shortcuts/hot_key_store.h"
@@ -71,6 +72,8 @@ struct ProcessPlumbing {
     // Where the program's own files go (workspace backup, spaces, quarantine files); without one,
     // the config folder HOME and the XDG variables name.
     std::optional<std::filesystem::path> configFolder{};
+    // The interface's windows; none where nothing is drawn.
+    WindowPresenter* windowPresenter = nullptr;
 };
 
 // What the services ask of whoever owns the root; called only once the services run.
@@ -85,6 +88,10 @@ struct ServiceCallbacks {
     };
     // Sees the window before a snap moves it; the layout lock's, once there is one.
     WillSnapHook willSnap{};
+    // The other application that was last in front, which the command palette gives focus back.
+    std::function<std::optional<RunningApplication>()> previousFrontmostApp = [] {
+        return std::optional<RunningApplication>{};
+    };
 };
 
 // The one place the long-lived services are built: each is a member, constructed from the
@@ -163,9 +170,12 @@ public:
     LayoutService layoutService;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
+    // The command palette: its rows, keys and what they do, and when its window opens.
+    CommandPaletteController commandPalette;
 
-    // The program's own windows; only logged until the user interface provides them.
-    LoggingWindowPresenter windowPresenter;
+    // The program's own windows: the interface's, or, without one, the stand-in that logs.
+    LoggingWindowPresenter loggingWindowPresenter;
+    WindowPresenter& windowPresenter;
     // The live set of global shortcuts, over everything above.
     ShortcutService shortcutService;
 

@@ -15,6 +15,9 @@ public:
     virtual void showNewLayoutWindow() = 0;
     // Opens the palette, or closes it when it is open.
     virtual void toggleCommandPalette() = 0;
+    virtual void showAboutWindow() = 0;
+    // Opens the documentation in the user's viewer.
+    virtual void showHelp() = 0;
 };
 
 // Where no interface runs (--no-ui, the simulated desktop without a display): each request is
@@ -28,6 +31,8 @@ public:
     void showAddSpaceWindow() override { unavailable("add-space window"); }
     void showNewLayoutWindow() override { unavailable("new-layout window"); }
     void toggleCommandPalette() override { unavailable("command palette"); }
+    void showAboutWindow() override { unavailable("about window"); }
+    void showHelp() override { unavailable("documentation"); }
 
 private:
     void unavailable(const char* what) const {

@@ -53,9 +53,14 @@ protected:
     void launch(SimulatedDesktopSetup setup = desktopSetup()) {
         desktop = std::make_unique<SimulatedDesktop>(std::move(setup), queue);
         defaults = std::make_unique<JsonFilePreferences>(preferencesFile, clock);
-        delegate = std::make_unique<AppDelegate>(
-            ProcessPlumbing{*desktop, queue, *defaults, notifications, log.logbook, log.logging},
-            [this] { ++terminations; });
+        delegate = std::make_unique<AppDelegate>(ProcessPlumbing{.desktop = *desktop,
+                                                                 .queue = queue,
+                                                                 .defaults = *defaults,
+                                                                 .notifications = notifications,
+                                                                 .logbook = log.logbook,
+                                                                 .logging = log.logging,
+                                                                 .configFolder = folder / "config"},
+                                                 [this] { ++terminations; });
         delegate->applicationDidFinishLaunching();
         queue.runUntilIdle();
     }
@@ -215,6 +220,49 @@ TEST_F(AppDelegateTest, MenuCommandsAndRebuilds) {
     notifications.post(AppNotifications::kRefreshStatusMenu);
     EXPECT_FALSE(delegate->statusMenu().item("snapLeft"));
     EXPECT_TRUE(delegate->statusMenu().item("quit"));
+}
+
+TEST_F(AppDelegateTest, TheMenuListsTheRecordsRunsTheirCommandsAndMarksCombinationsInUse) {
+    auto setup = desktopSetup();
+    // Another program holds Control+Option+Left before we start.
+    setup.reservedHotKeys = {{kLeftArrow, 4096 | 2048}};
+    launch(setup);
+    auto& services = delegate->services();
+    EXPECT_EQ(delegate->statusMenu().item("snapLeft")->shortcutLabel, "⌃⌥← (in use)");
+    EXPECT_TRUE(delegate->statusMenu().item("snapLeft")->isShortcutInUse);
+    EXPECT_FALSE(delegate->statusMenu().item("snapRight")->isShortcutInUse);
+    EXPECT_EQ(delegate->statusMenu().item("restoreSavedWorkspaceMenuItem"), std::nullopt);
+
+    // The submenus follow the stores.
+    const Uuid workspaceId = Uuid::random();
+    services.workspaceService.add(Workspace{.id = workspaceId, .name = "Work"});
+    const auto space = services.spaceManager.addSpace("Home");
+    ASSERT_TRUE(space.has_value());
+    const auto restore =
+        delegate->statusMenu().item("restoreSavedWorkspaceMenuItem", workspaceId.string());
+    ASSERT_TRUE(restore);
+    EXPECT_EQ(restore->title, "Work");
+    const auto home = delegate->statusMenu().item("switchSpaceMenuItem", space->id.string());
+    ASSERT_TRUE(home);
+    EXPECT_FALSE(home->isChecked);
+    const auto global = services.spaceManager.globalSpace().id.string();
+    EXPECT_TRUE(delegate->statusMenu().item("switchSpaceMenuItem", global)->isChecked);
+
+    EXPECT_TRUE(delegate->perform("switchSpaceMenuItem", space->id.string()));
+    EXPECT_EQ(services.workspaceService.activeSpaceId(), space->id);
+    EXPECT_TRUE(delegate->statusMenu().item("switchSpaceMenuItem", space->id.string())->isChecked);
+    EXPECT_TRUE(delegate->perform("switchSpaceMenuItem", global));
+    EXPECT_EQ(services.workspaceService.activeSpaceId(), std::nullopt);
+
+    // A layout from the submenu tiles the display's windows.
+    const auto& layouts = services.customLayoutStore.layouts();
+    const auto halves = std::find_if(layouts.begin(), layouts.end(),
+                                     [](const auto& layout) { return layout.name == "Halves"; });
+    ASSERT_NE(halves, layouts.end());
+    EXPECT_TRUE(delegate->perform("applyLayoutMenuItem", halves->id.string()));
+    queue.advance(std::chrono::seconds(1));
+    EXPECT_EQ(editorFrame(), (Rect{0, 25, 720, 875}));
+    EXPECT_FALSE(delegate->perform("applyLayoutMenuItem", Uuid::random().string()));
 }
 
 TEST_F(AppDelegateTest, TerminationReleasesHotKeysTimersAndObservers) {

@@ -68,6 +68,26 @@ TEST(CommandLine, DesktopChoice) {
     EXPECT_EQ(parseCommandLine({"--socket", "/tmp/c.sock"})->socketPath, "/tmp/c.sock");
     EXPECT_EQ(parseCommandLine({"--socket=/run/x.sock"})->socketPath, "/run/x.sock");
 
+    // Where the interface shows: never with --no-ui, the X desktop's own display first.
+    struct InterfaceCase {
+        Arguments arguments;
+        std::optional<std::string> displayVariable;
+        std::optional<std::string> expected;
+    };
+    const InterfaceCase interfaces[] = {
+        {{}, ":0", ":0"},
+        {{"--no-ui"}, ":0", std::nullopt},
+        {{"--desktop=x11::7"}, ":0", ":7"},
+        {{"--desktop=x11::7", "--no-ui"}, ":0", std::nullopt},
+        {{"--desktop=sim:d.json"}, std::nullopt, std::nullopt},
+        {{"--desktop=sim:d.json"}, "", std::nullopt},
+        {{"--desktop=sim:d.json"}, ":3", ":3"},
+    };
+    for (const auto& c : interfaces) {
+        EXPECT_EQ(interfaceDisplay(*parseCommandLine(c.arguments), c.displayVariable), c.expected)
+            << c.arguments.size();
+    }
+
     const std::pair<Arguments, std::string> refused[] = {
         {{"--desktop"}, "option '--desktop' needs a value"},
         {{"--desktop=sim:"}, "option '--desktop=sim:' needs a desktop file"},
