@@ -85,10 +85,10 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                             p.desktop.screenPort(), p.desktop.windowListPort()},
                            accessibilityElement, windowMover, deeplinkOpener, workspaceService,
                            workspaceCapture, p.defaults, p.queue, p.logging),
-      toastAnnouncer(workspaceRestoration, toastManager),
       layoutService({p.desktop.accessibilityPort(), p.desktop.windowListPort(),
                      p.desktop.applicationsPort(), p.desktop.screenPort(), p.desktop.pointerPort()},
                     accessibilityElement, windowMover, layoutLock, p.defaults, p.queue, p.logging),
+      toastAnnouncer(workspaceRestoration, layoutService, toastManager),
       autoRestoreOnWake({.workspaces = workspaceService,
                          .restorer = toastAnnouncer,
                          .displayMonitor = displayChangeMonitor,
@@ -100,10 +100,11 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                          .defaults = p.defaults,
                          .queue = p.queue,
                          .logging = p.logging}),
-      commandPalette({spaceManager, workspaceService, customLayoutStore, layoutService,
-                      workspaceRestoration, shortcutBridge, p.desktop.applicationsPort(),
-                      p.defaults, p.notifications, p.logging, callbacks.previousFrontmostApp,
-                      callbacks.quit}),
+      commandPalette(
+          {spaceManager, workspaceService, customLayoutStore, layoutService, toastAnnouncer,
+           shortcutBridge, p.desktop.applicationsPort(), p.defaults, p.notifications, p.logging,
+           callbacks.previousFrontmostApp, callbacks.quit,
+           [this](const CustomLayoutTemplate& layout) { toastAnnouncer.applyLayout(layout); }}),
       loggingWindowPresenter(p.logging),
       windowPresenter(p.windowPresenter ? *p.windowPresenter : loggingWindowPresenter),
       shortcutService({.shortcutBridge = shortcutBridge,
@@ -122,10 +123,7 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .applyLayout =
                            [this](const Uuid& templateId) {
                                if (const auto* layout = customLayoutStore.find(templateId)) {
-                                   layoutService.applyCustomLayout(
-                                       *layout, [this, name = layout->name](const LayoutResult& r) {
-                                           toastAnnouncer.layoutApplied(name, r);
-                                       });
+                                   toastAnnouncer.applyLayout(*layout);
                                }
                            }}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {

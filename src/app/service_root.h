@@ -163,11 +163,11 @@ public:
     DeeplinkOpener deeplinkOpener;
     // Puts a saved workspace back.
     WorkspaceRestoration workspaceRestoration;
-    // What every restoration goes through, so the user sees it run and end; layouts and imports
-    // report to it too.
-    ToastAnnouncer toastAnnouncer;
     // Places windows into a template's panes.
     LayoutService layoutService;
+    // What every restoration and layout application goes through, so the user sees it run and
+    // end; imports report to it too.
+    ToastAnnouncer toastAnnouncer;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
     // The command palette: its rows, keys and what they do, and when its window opens.

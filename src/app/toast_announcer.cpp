@@ -21,8 +21,19 @@ ToastStyle restoreStyle(const RestoreReport& report) {
 
 }  // namespace
 
-ToastAnnouncer::ToastAnnouncer(WorkspaceRestorer& restorer, ToastManager& toasts)
-    : restorer_(restorer), toasts_(toasts) {}
+ToastAnnouncer::ToastAnnouncer(WorkspaceRestorer& restorer, LayoutService& layouts,
+                               ToastManager& toasts)
+    : restorer_(restorer), layouts_(layouts), toasts_(toasts) {}
+
+void ToastAnnouncer::applyLayout(const CustomLayoutTemplate& layout, LayoutCompletion done) {
+    layouts_.applyCustomLayout(
+        layout, [this, name = layout.name, done = std::move(done)](const LayoutResult& result) {
+            layoutApplied(name, result);
+            if (done) {
+                done(result);
+            }
+        });
+}
 
 void ToastAnnouncer::restore(const Workspace& workspace, RestoreTrigger trigger,
                              RestoreCompletion done) {

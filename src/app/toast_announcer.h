@@ -13,11 +13,11 @@ namespace corvetta {
 // sight. It stands in for the restorer (every restoration goes through it, from shortcuts, the
 // menu, the palette, the socket or after a wake): a loading toast "Restoring '<name>'…" while it
 // runs, replaced by the report's summary, so a quick restoration shows only its result. Layouts
-// and imports report their outcome here. docs/appearance.md lists the texts and styles.
-// Main thread only.
+// are applied through it too; the socket reports its layouts and imports here. docs/appearance.md
+// lists the texts and styles. Main thread only.
 class ToastAnnouncer final : public WorkspaceRestorer, public OutcomeAnnouncer {
 public:
-    ToastAnnouncer(WorkspaceRestorer& restorer, ToastManager& toasts);
+    ToastAnnouncer(WorkspaceRestorer& restorer, LayoutService& layouts, ToastManager& toasts);
 
     bool isRestoring() const override { return restorer_.isRestoring(); }
     const std::string& restorationStatusMessage() const override {
@@ -26,6 +26,8 @@ public:
     void restore(const Workspace& workspace, RestoreTrigger trigger,
                  RestoreCompletion done) override;
 
+    // Applies the template through the layout service and announces how it ended.
+    void applyLayout(const CustomLayoutTemplate& layout, LayoutCompletion done = {});
     void layoutApplied(const std::string& layoutName, const LayoutResult& result) override;
     void setupImported(const ResolvedImport& imported) override;
     void setupImportFailed(const std::string& reason) override;
@@ -33,6 +35,7 @@ public:
 
 private:
     WorkspaceRestorer& restorer_;
+    LayoutService& layouts_;
     ToastManager& toasts_;
 };
 

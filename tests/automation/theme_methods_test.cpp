@@ -95,12 +95,18 @@ TEST_F(ThemeMethodsTest, RefusalsCarryTheTextTheUserWouldSee) {
 TEST_F(ThemeMethodsTest, RestorationsLayoutsAndSetupImportsAreAnnounced) {
     result("capture_workspace", {{"name", "Desk"}});
     result("restore_workspace", {{"name", "Desk"}});
+    // A second restoration while one runs is refused without ending the first one's notice.
+    send("restore_workspace", {{"name", "Desk"}});
+    send("restore_workspace", {{"name", "Desk"}});
+    queue.runUntilIdle();
+    queue.advance(std::chrono::seconds(1));
     result("save_layout", {{"name", "Full"}, {"panes", Json::parse("[[0, 0, 1, 1]]")}});
     result("apply_workspace_layout", {{"name", "Full"}});
     error("import_setup", {{"path", (folder / "missing.json").string()}});
     // A quick restoration never shows its loading notice.
     EXPECT_EQ(toastsShown(),
               (std::vector<std::string>{
+                  "Restored 'Desk': 3 of 3 windows placed", "A restoration is already in progress",
                   "Restored 'Desk': 3 of 3 windows placed", "Applied 'Full' to 1 window",
                   "Import failed: Not found: file '" + (folder / "missing.json").string() + "'"}));
 }
