@@ -44,16 +44,17 @@ inline void moveWithWmctrl(uint32_t window, const XFrame& to, int extraWidth, in
 }
 
 // The real program on the benchmark's display, with empty preferences in `root`, answering on
-// its socket.
+// its socket; `extraArguments` follow the program's own ("--no-ui").
 class ProgramUnderTest {
 public:
-    ProgramUnderTest(const std::filesystem::path& root, std::vector<std::string> environment) {
+    ProgramUnderTest(const std::filesystem::path& root, std::vector<std::string> environment,
+                     const std::vector<std::string>& extraArguments = {}) {
         writeTestFile(root / "config" / "corvetta" / "preferences.json", "{}");
         const auto socket = root / "corvetta.sock";
-        process_ = std::make_unique<RunningProcess>(
-            std::vector<std::string>{CORVETTA_BINARY, "--desktop=x11",
-                                     "--socket=" + socket.string()},
-            std::move(environment));
+        std::vector<std::string> argv{CORVETTA_BINARY, "--desktop=x11",
+                                      "--socket=" + socket.string()};
+        argv.insert(argv.end(), extraArguments.begin(), extraArguments.end());
+        process_ = std::make_unique<RunningProcess>(std::move(argv), std::move(environment));
         if (!process_->waitForError(" ready (pid ")) {
             throw std::runtime_error("corvetta did not start:\n" + process_->errors());
         }
@@ -77,6 +78,7 @@ public:
     // Reads what the program logged, untimed, so a full pipe never stalls it.
     void drainErrors() { process_->waitForError("\n\x01", std::chrono::seconds(0)); }
     const std::string& errors() const { return process_->errors(); }
+    pid_t pid() const { return process_->pid(); }
 
 private:
     std::unique_ptr<RunningProcess> process_;

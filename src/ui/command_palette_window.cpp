@@ -32,6 +32,8 @@ CommandPaletteWindow::CommandPaletteWindow(CommandPaletteController& controller,
       panel_(new PaletteItemActionsView(model_, list_)),
       hints_(new QLabel(this)) {
     setObjectName("commandPalette");
+    // What the window manager, screen readers and our end-to-end tests know it by.
+    setWindowTitle("Command Palette");
     setAttribute(Qt::WA_TranslucentBackground);
     setFixedSize(kWidth, kHeight);
     search_->setObjectName("paletteSearch");

@@ -56,7 +56,8 @@ private:
         static char* argv[] = {name, nullptr};
         auto application = std::make_unique<QApplication>(argc, argv);
         QApplication::setApplicationName("Corvetta");
-        QApplication::setDesktopFileName("corvetta");
+        // The installed desktop entry's name, so shells match these windows to it and its icon.
+        QApplication::setDesktopFileName("com.corvetta.Corvetta");
         // A status-bar program: closing its last window must not end it.
         QApplication::setQuitOnLastWindowClosed(false);
         return application;

@@ -37,6 +37,7 @@ public:
     std::optional<int> waitForExit(std::chrono::seconds limit = kDeadline);
 
     void signal(int number) const;
+    pid_t pid() const { return pid_; }
     // Stops reading standard error. Closed, the program's writes to it fail; kept open, its pipe
     // (shrunk to one page) fills and the program's writes block, as behind a stuck terminal.
     void stopReadingErrors(bool close);
