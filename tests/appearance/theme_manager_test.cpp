@@ -45,6 +45,16 @@ std::string themeText(const Json& light, const Json& dark = Json(), const char* 
 }
 
 TEST(ThemeImportServiceTest, RefusesWhatIsNotAThemeWithTheMessageTheUserSees) {
+    const std::string notATheme =
+        "This file isn't a valid Corvetta theme. Make sure it's a JSON file matching the Corvetta "
+        "theme format.";
+    const auto badColor = [](const std::string& value) {
+        return "The color \"" + value +
+               "\" isn't a valid hex color (expected a format like #RRGGBB or #RRGGBBAA).";
+    };
+    const auto missing = [](const std::string& key) {
+        return "The theme file is missing a required \"" + key + "\" value.";
+    };
     const struct {
         std::string text;
         std::optional<std::string> message;  // nullopt: accepted
@@ -54,27 +64,16 @@ TEST(ThemeImportServiceTest, RefusesWhatIsNotAThemeWithTheMessageTheUserSees) {
         {themeText(variant("#112233", "accent", "AUTO")), std::nullopt},
         {themeText(variant("#112233", "accent", "  #aabbcc ")), std::nullopt},
         {R"({"name":"Mine"})", R"(The theme must define at least one of "light" or "dark".)"},
-        {themeText(variant("#112233", "backgroundWindow", "auto")),
-         R"(The color "auto" isn't a valid hex color (expected a format like #RRGGBB or #RRGGBBAA).)"},
-        {themeText(variant(), variant("#112233", "textPrimary", "#ABC")),
-         R"(The color "#ABC" isn't a valid hex color (expected a format like #RRGGBB or #RRGGBBAA).)"},
-        {themeText(variant("#GGGGGG")),
-         R"(The color "#GGGGGG" isn't a valid hex color (expected a format like #RRGGBB or #RRGGBBAA).)"},
-        {themeText(variant("#112233", "spaceColor")),
-         R"(The theme file is missing a required "spaceColor" value.)"},
-        {R"({"light":{}})", R"(The theme file is missing a required "name" value.)"},
+        {themeText(variant("#112233", "backgroundWindow", "auto")), badColor("auto")},
+        {themeText(variant(), variant("#112233", "textPrimary", "#ABC")), badColor("#ABC")},
+        {themeText(variant("#GGGGGG")), badColor("#GGGGGG")},
+        {themeText(variant("#112233", "spaceColor")), missing("spaceColor")},
+        {R"({"light":{}})", missing("name")},
         // The shape is checked before any colour.
-        {themeText(variant("#GGGGGG"), variant("#112233", "borderCard")),
-         R"(The theme file is missing a required "borderCard" value.)"},
-        {"[1, 2]",
-         "This file isn't a valid Corvetta theme. Make sure it's a JSON file matching "
-         "the Corvetta theme format."},
-        {R"({"name": "Mine", "light": "#FFFFFF"})",
-         "This file isn't a valid Corvetta theme. Make sure it's a JSON file matching the "
-         "Corvetta theme format."},
-        {"{not json",
-         "This file isn't a valid Corvetta theme. Make sure it's a JSON file "
-         "matching the Corvetta theme format."},
+        {themeText(variant("#GGGGGG"), variant("#112233", "borderCard")), missing("borderCard")},
+        {"[1, 2]", notATheme},
+        {R"({"name": "Mine", "light": "#FFFFFF"})", notATheme},
+        {"{not json", notATheme},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

@@ -82,8 +82,8 @@ std::vector<std::string> shownLog(const testing::TestLogging& logging) {
     return shown;
 }
 
-class ToastManagerTest : public ::testing::Test {
-protected:
+// A manager on its own clock, log and settings.
+struct ToastRig {
     ManualClock clock;
     ManualQueue queue{clock};
     NotificationCenter notifications;
@@ -92,16 +92,14 @@ protected:
     ToastManager toasts{defaults, queue, logging.logging};
 };
 
-TEST_F(ToastManagerTest, TimelinesFollowTheDebounceMinimumAndReplacementRules) {
+TEST(ToastManagerTest, TimelinesFollowTheDebounceMinimumAndReplacementRules) {
     for (const auto& timeline : kTimelines) {
         SCOPED_TRACE(timeline.name);
-        ManualClock caseClock;
-        ManualQueue caseQueue{caseClock};
-        testing::TestLogging caseLogging{notifications, caseClock};
-        ToastManager manager{defaults, caseQueue, caseLogging.logging};
+        ToastRig rig;
+        auto& manager = rig.toasts;
         double now = 0;
         auto moveTo = [&](double at) {
-            caseQueue.advance(seconds(at) - seconds(now));
+            rig.queue.advance(seconds(at) - seconds(now));
             now = at;
         };
         auto steps = timeline.steps.begin();
@@ -123,11 +121,13 @@ TEST_F(ToastManagerTest, TimelinesFollowTheDebounceMinimumAndReplacementRules) {
                 EXPECT_EQ(manager.current()->message, look.presented);
             }
         }
-        EXPECT_EQ(shownLog(caseLogging), timeline.shown);
+        EXPECT_EQ(shownLog(rig.logging), timeline.shown);
     }
 }
 
-TEST_F(ToastManagerTest, DisabledDropsToastsAndTurningOffTakesTheShownOneAway) {
+TEST(ToastManagerTest, DisabledDropsToastsAndTurningOffTakesTheShownOneAway) {
+    ToastRig rig;
+    auto& toasts = rig.toasts;
     int changes = 0;
     const auto observation = toasts.observe([&] { ++changes; });
     toasts.show("Saved", ToastStyle::success);
@@ -135,16 +135,16 @@ TEST_F(ToastManagerTest, DisabledDropsToastsAndTurningOffTakesTheShownOneAway) {
 
     toasts.setEnabled(false);
     EXPECT_FALSE(toasts.isPresented());
-    EXPECT_EQ(defaults.boolValue(ToastManager::kIsEnabledKey), false);
+    EXPECT_EQ(rig.defaults.boolValue(ToastManager::kIsEnabledKey), false);
     toasts.show("Ignored", ToastStyle::error);
     toasts.show("Loading", ToastStyle::loading);
-    queue.advance(seconds(1));
+    rig.queue.advance(seconds(1));
     EXPECT_FALSE(toasts.isPresented());
-    EXPECT_EQ(shownLog(logging), std::vector<std::string>{"Saved"});
+    EXPECT_EQ(shownLog(rig.logging), std::vector<std::string>{"Saved"});
     EXPECT_EQ(changes, 2);
 
     // The setting outlives the manager.
-    ToastManager later{defaults, queue, logging.logging};
+    ToastManager later{rig.defaults, rig.queue, rig.logging.logging};
     EXPECT_FALSE(later.isEnabled());
 }
 
