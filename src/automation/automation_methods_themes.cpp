@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "automation/mcp_error.h"
@@ -28,7 +29,13 @@ Json listThemes(const AutomationContext& context) {
 // The theme from a file the server reads, or from JSON text in the request; exactly one.
 Json importTheme(const AutomationContext& context, const MethodParams& params) {
     const auto path = params.optionalText("path");
-    const auto text = params.optionalText("json");
+    // As text, the way it is pasted, or as the object itself, the way a client builds it.
+    std::optional<std::string> text;
+    if (const auto* json = params.find("json"); json != nullptr && json->is_object()) {
+        text = writeJson(*json, JsonStyle::compact);
+    } else {
+        text = params.optionalText("json");
+    }
     if (path.has_value() == text.has_value()) {
         throw MCPError::invalidParam(
             "Invalid param: give either path (a theme file) or json (the theme itself)");

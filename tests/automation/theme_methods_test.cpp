@@ -30,7 +30,7 @@ protected:
 };
 
 TEST_F(ThemeMethodsTest, ImportsListsSelectsAndDeletesThemes) {
-    const Json imported = result("import_theme", {{"json", theme("Mine")}});
+    const Json imported = result("import_theme", {{"json", Json::parse(theme("Mine"))}});
     const std::string id = imported["id"];
     EXPECT_EQ(imported["source"], "imported");
     EXPECT_EQ(imported["current"], true);
