@@ -40,10 +40,12 @@
 #include "windowing/window_calculation_service.h"
 #include "windowing/window_mover.h"
 #include "windowing/window_snapping_service.h"
+#include "workspaces/add_space_form.h"
 #include "workspaces/auto_restore_on_wake_service.h"
 #include "workspaces/deeplink_opener.h"
 #include "workspaces/display_arrangement_stability_service.h"
 #include "workspaces/display_change_monitor_service.h"
+#include "workspaces/save_workspace_form.h"
 #include "workspaces/space_manager.h"
 #include "workspaces/workspace_capture.h"
 #include "workspaces/workspace_restoration.h"
@@ -159,6 +161,9 @@ public:
     DisplayChangeMonitorService displayChangeMonitor;
     // Which windows a workspace holds, read from the desktop.
     WorkspaceCapture workspaceCapture;
+    // The forms that save the windows on screen as a workspace and add a space.
+    SaveWorkspaceForm saveWorkspaceForm;
+    AddSpaceForm addSpaceForm;
     // A restored workspace's links, folders and terminal commands, opened last.
     DeeplinkOpener deeplinkOpener;
     // Puts a saved workspace back.

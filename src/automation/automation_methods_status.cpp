@@ -48,7 +48,9 @@ Json getStatus(const AutomationContext& context) {
 }
 
 // Answers once the work queued before it has run, every window move under way has finished and
-// the desktop has caught up, so a client that reads the desktop next sees all it asked for.
+// the desktop has caught up, so a client that reads the desktop next sees all it asked for. The
+// desktop is caught up first as well: a key press the server has already sent must start its move
+// before the mover is asked whether it is idle.
 void sync(const SharedContext& context, MethodReply& reply) {
     const std::weak_ptr<const AutomationContext> weak = context;
     context->queue.post([weak, reply = std::exchange(reply, nullptr)] {
@@ -56,10 +58,16 @@ void sync(const SharedContext& context, MethodReply& reply) {
         if (!queued) {
             return;
         }
-        queued->windowMover.whenIdle([weak, reply] {
-            if (const auto idle = weak.lock()) {
-                idle->desktop.synchronize([reply] { reply(Json::object()); });
+        queued->desktop.synchronize([weak, reply] {
+            const auto caughtUp = weak.lock();
+            if (!caughtUp) {
+                return;
             }
+            caughtUp->windowMover.whenIdle([weak, reply] {
+                if (const auto idle = weak.lock()) {
+                    idle->desktop.synchronize([reply] { reply(Json::object()); });
+                }
+            });
         });
     });
 }

@@ -64,16 +64,24 @@ SpaceManager::LoadResult SpaceManager::load() {
     return LoadResult::damaged;
 }
 
-void SpaceManager::save() {
+Expected<void, std::string> SpaceManager::save() {
+    lastWriteError_.reset();
     if (saveRefused_) {
-        logger.error("Failed to save spaces.json: " + spacesFile_.string() +
-                     " could not be read at start, and saving would replace the spaces in it");
+        lastWriteError_ = spacesFile_.string() +
+                          " could not be read at start, and saving would replace the spaces in it";
     } else if (const auto written =
                    writeFileAtomically(spacesFile_, encodeSpacesPayload({storedSpaces_}));
                !written) {
-        logger.error("Failed to save spaces.json: " + written.error().description());
+        lastWriteError_ = written.error().description();
+    }
+    if (lastWriteError_) {
+        logger.error("Failed to save spaces.json: " + *lastWriteError_);
     }
     notifications_.post(kSpacesDidChange);
+    if (lastWriteError_) {
+        return unexpected(*lastWriteError_);
+    }
+    return {};
 }
 
 const WorkspaceSpace& SpaceManager::globalSpace() {

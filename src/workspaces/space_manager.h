@@ -84,11 +84,15 @@ public:
     void cancelPendingSpace();
 
     const std::filesystem::path& spacesFile() const { return spacesFile_; }
+    // Rewrites the file and posts kSpacesDidChange; the error says why the file was not written
+    // (the spaces stay in memory and go out with the next save).
+    Expected<void, std::string> save();
+    // Why the last save did not reach the file; none after one that did.
+    const std::optional<std::string>& lastWriteError() const { return lastWriteError_; }
 
 private:
     enum class LoadResult { loaded, missing, damaged };
     LoadResult load();
-    void save();
     const WorkspaceSpace& recordFor(const std::optional<Uuid>& id);
 
     WorkspaceService& workspaceService_;
@@ -103,6 +107,7 @@ private:
     std::optional<WorkspaceSpace> globalSpace_;
     // A damaged file that could not be moved aside is never written over.
     bool saveRefused_ = false;
+    std::optional<std::string> lastWriteError_;
 };
 
 }  // namespace corvetta

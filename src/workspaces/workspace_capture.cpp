@@ -180,21 +180,47 @@ std::vector<WindowInfo> WorkspaceCapture::captureWindows(
 Expected<Workspace, std::string> WorkspaceCapture::captureWorkspace(
     const std::string& name, const std::vector<std::string>& bundleIdentifiers) {
     const auto spaceId = workspaceService_.activeSpaceId();
-    auto validName = workspaceService_.validateName(name, std::nullopt, spaceId);
+    // Checked before capturing, so a taken name costs no walk through every window.
+    if (auto valid = workspaceService_.validateName(name, std::nullopt, spaceId); !valid) {
+        return unexpected(valid.error());
+    }
+    return saveWorkspace(
+        {.name = name, .spaceId = spaceId, .windows = captureWindows(bundleIdentifiers)});
+}
+
+Expected<Workspace, std::string> WorkspaceCapture::saveWorkspace(WorkspaceDraft draft) {
+    auto validName = workspaceService_.validateName(draft.name, std::nullopt, draft.spaceId);
     if (!validName) {
         return unexpected(validName.error());
     }
-    Workspace workspace;
-    workspace.windowInfos = captureWindows(bundleIdentifiers);
-    if (workspace.windowInfos.empty()) {
+    if (draft.windows.empty()) {
         return unexpected(std::string(kNothingToCapture));
     }
+    Workspace workspace;
     workspace.id = Uuid::random();
     workspace.name = std::move(*validName);
+    workspace.windowInfos = std::move(draft.windows);
     workspace.displayArrangement = captureDisplayArrangement(screens_.screens(), clock_.now());
-    workspace.spaceId = spaceId;
+    // Off is stored as absent, as records written before the options existed have it.
+    if (draft.closeNonWorkspaceWindows) {
+        workspace.closeNonWorkspaceWindows = true;
+    }
+    if (draft.skipLaunchMissingApps) {
+        workspace.skipLaunchMissingApps = true;
+    }
+    workspace.spaceId = draft.spaceId;
     workspaceService_.add(workspace);
     return workspace;
+}
+
+std::string WorkspaceCapture::applicationName(const std::string& bundleIdentifier) const {
+    for (const auto& application : applications_.runningApplications()) {
+        if (application.bundleIdentifier == bundleIdentifier &&
+            !application.localizedName.empty()) {
+            return application.localizedName;
+        }
+    }
+    return bundleIdentifier;
 }
 
 }  // namespace corvetta

@@ -21,6 +21,16 @@
 
 namespace corvetta {
 
+// A workspace about to be saved, as a form or a request describes it.
+struct WorkspaceDraft {
+    std::string name;
+    // Absent is the global space.
+    std::optional<Uuid> spaceId;
+    std::vector<WindowInfo> windows;
+    bool closeNonWorkspaceWindows = false;
+    bool skipLaunchMissingApps = false;
+};
+
 // The regular applications' standard windows, front to back, minimized and full-screen ones
 // included, each with its frame, display, stacking place, title, index among its application's
 // windows and the application's new-window item; the system's own surfaces, this program and the
@@ -47,6 +57,15 @@ public:
     // finds no window with kNothingToCapture; nothing is saved then.
     Expected<Workspace, std::string> captureWorkspace(
         const std::string& name, const std::vector<std::string>& bundleIdentifiers = {});
+
+    // Saves the draft's windows as a new workspace with the display arrangement of now. Refused,
+    // with nothing saved, for a name that is empty or taken in the draft's space, or no windows.
+    // A workspace the preferences would not take stays in the list; the service's
+    // lastWriteError() says why.
+    Expected<Workspace, std::string> saveWorkspace(WorkspaceDraft draft);
+
+    // The running application's name, else the bundle identifier itself.
+    std::string applicationName(const std::string& bundleIdentifier) const;
 
     // This program, the system's own surfaces, and the user's "userExcludedBundleIDs".
     bool isExcluded(const std::string& bundleIdentifier) const;

@@ -347,9 +347,11 @@ Expected<void, std::string> WorkspaceService::save() {
     logger.info("Encoded workspaces data size: " + std::to_string(encoded->size()) + " bytes");
     defaults_.set(kUserDefaultsKey, Bytes(encoded->begin(), encoded->end()));
     if (defaults_.synchronize()) {
+        lastWriteError_.reset();
         logger.info("Successfully encoded and saved workspaces to UserDefaults.");
     } else {
-        logger.error("Failed to flush workspaces to UserDefaults: " + defaults_.lastWriteError());
+        lastWriteError_ = defaults_.lastWriteError();
+        logger.error("Failed to flush workspaces to UserDefaults: " + *lastWriteError_);
     }
     if (workspaces_.empty()) {
         // An accidental wipe must not take the last good backup with it.
@@ -360,6 +362,9 @@ Expected<void, std::string> WorkspaceService::save() {
         logger.error("Failed to write workspace backup: " + written.error().description());
     }
     notifications_.post(kWorkspacesDidChange);
+    if (lastWriteError_) {
+        return unexpected(*lastWriteError_);
+    }
     return {};
 }
 

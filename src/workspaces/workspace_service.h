@@ -92,8 +92,11 @@ public:
     const std::filesystem::path& backupFile() const { return backupFile_; }
 
     // Writes the list to the preferences and, unless it is empty, to the backup file; posts
-    // kWorkspacesDidChange. Fails only when the list cannot be encoded; nothing is written then.
+    // kWorkspacesDidChange. Fails when the list cannot be encoded (nothing is written then) or the
+    // preferences could not be written (the list is kept in memory and written by the next save).
     Expected<void, std::string> save();
+    // Why the last save did not reach the preferences; none after one that did.
+    const std::optional<std::string>& lastWriteError() const { return lastWriteError_; }
 
 private:
     void load();
@@ -111,6 +114,7 @@ private:
     std::vector<Workspace> workspaces_;
     RestoreGate restoreGate_;
     std::optional<Uuid> activeSpaceId_;
+    std::optional<std::string> lastWriteError_;
 };
 
 }  // namespace corvetta

@@ -263,11 +263,20 @@ TEST_F(LayoutLockTest, MouseUpScansAfterTheirDelay) {
 
 TEST_F(LayoutLockTest, UntileEndsTheLockLeavingTheWindows) {
     start({kLeft, kRight});
+    std::vector<bool> shown;
+    const auto token = notifications.addObserver(
+        LayoutLockManager::kPillDidChange,
+        [&](const Notification&) { shown.push_back(lock().pill().visible); });
     lockAndSettle();
     userResize(1, {0, 0, 545, 800});
+    EXPECT_EQ(lock().pill().groupFrame, Rect(0, 0, 1000, 800));
     lock().perform(DriftPillCommand::untile);
     EXPECT_EQ(lock().map(), nullptr);
     EXPECT_FALSE(lock().pill().visible);
+    // Told when the pill came and when it went: its window follows without polling.
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), true), 1);
+    ASSERT_FALSE(shown.empty());
+    EXPECT_FALSE(shown.back());
     userResize(1, {0, 0, 400, 800});
     EXPECT_EQ(*desktop->windowFrame(2), Rect(555, 0, 445, 800));
 }

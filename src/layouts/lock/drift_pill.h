@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+#include "foundation/geometry.h"
+
 namespace corvetta {
 
 enum class DriftPillCommand { reset, untile };
@@ -26,11 +28,18 @@ inline constexpr double kDriftPillButtonTintOpacity = 0.14;
 struct DriftPill {
     bool visible = false;
     bool pillHiddenWhileAllGone = false;
+    // Where the tiled windows stand (accessibility space), so the pill can join their display.
+    Rect groupFrame = Rect::null();
 
-    void update(bool lockActive, bool drifted, bool anyWindowVisible) {
+    // True when anything the pill shows changed.
+    bool update(bool lockActive, bool drifted, bool anyWindowVisible, Rect frame = Rect::null()) {
+        const DriftPill before = *this;
         pillHiddenWhileAllGone = lockActive && !anyWindowVisible;
         visible = lockActive && drifted && anyWindowVisible;
+        groupFrame = frame;
+        return before != *this;
     }
+    bool operator==(const DriftPill&) const = default;
 };
 
 }  // namespace corvetta

@@ -316,19 +316,25 @@ void LayoutLockManager::learn(const AXWindowRef& window, const Rect& requested,
 }
 
 void LayoutLockManager::updatePill() {
+    bool changed = false;
     if (!map_) {
-        pill_.update(false, false, false);
-        return;
-    }
-    bool drifted = false;
-    bool anyVisible = false;
-    for (const auto& window : map_->windows) {
-        if (window.isTiled) {
-            drifted = drifted || hasDrifted(window);
-            anyVisible = anyVisible || !unreadable_.contains(window.ref);
+        changed = pill_.update(false, false, false);
+    } else {
+        bool drifted = false;
+        bool anyVisible = false;
+        Rect group = Rect::null();
+        for (const auto& window : map_->windows) {
+            if (window.isTiled) {
+                drifted = drifted || hasDrifted(window);
+                anyVisible = anyVisible || !unreadable_.contains(window.ref);
+                group = group.unionWith(window.frame);
+            }
         }
+        changed = pill_.update(true, drifted, anyVisible, group);
     }
-    pill_.update(true, drifted, anyVisible);
+    if (changed) {
+        deps_.notifications.post(kPillDidChange);
+    }
 }
 
 }  // namespace corvetta

@@ -11,6 +11,7 @@
 
 #include "diagnostics/logger.h"
 #include "foundation/main_queue.h"
+#include "foundation/notification_center.h"
 #include "foundation/preferences.h"
 #include "layouts/layout_lock_target.h"
 #include "layouts/lock/adjacency_map.h"
@@ -32,6 +33,7 @@ struct LayoutLockDependencies {
     Preferences& defaults;
     LearnedMinSizeStore& learnedMinSizes;
     LoggingService& logging;
+    NotificationCenter& notifications;
 };
 
 // The one active lock: after a layout placed two or more windows it watches left mouse-ups, and
@@ -49,6 +51,8 @@ public:
     static constexpr std::chrono::milliseconds kVerificationDelay{50};
     static constexpr const char* kEnabledKey = "layoutLockEnabled";
     static constexpr const char* kDividerDragKey = "dividerDragEnabled";
+    // Posted whenever what the drift pill shows changes.
+    static constexpr const char* kPillDidChange = "com.corvetta.driftPillDidChange";
 
     explicit LayoutLockManager(LayoutLockDependencies dependencies);
     ~LayoutLockManager() override;
