@@ -191,7 +191,7 @@ bool AppDelegate::performOwnCommand(std::string_view command, const std::string&
             logger_.warning("No workspace " + argument + " to restore");
             return true;
         }
-        services_.workspaceRestoration.restore(*workspace, RestoreTrigger::user, {});
+        services_.toastAnnouncer.restore(*workspace, RestoreTrigger::user, {});
     } else if (command == StatusMenu::kSwitchSpaceCommand) {
         // The "Global" stand-in has an id of its own, but activating it means no named space.
         const bool global = id && *id == services_.spaceManager.globalSpace().id;
@@ -202,7 +202,7 @@ bool AppDelegate::performOwnCommand(std::string_view command, const std::string&
             logger_.warning("No layout " + argument + " to apply");
             return true;
         }
-        services_.layoutService.applyCustomLayout(*layout);
+        services_.toastAnnouncer.applyLayout(*layout);
     } else {
         return false;
     }

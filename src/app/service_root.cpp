@@ -13,6 +13,10 @@ namespace {
 std::filesystem::path configFolderOf(const ProcessPlumbing& plumbing) {
     return plumbing.configFolder.value_or(Paths::resolve(processEnvironment()).configFolder);
 }
+
+std::filesystem::path themesFolderOf(const ProcessPlumbing&) {
+    return Paths::resolve(processEnvironment()).applicationSupportFolder / "Themes";
+}
 }  // namespace
 
 ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
@@ -55,6 +59,14 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                   .notifications = p.notifications}),
       permissionManager(p.desktop.accessibilityPort(), p.desktop.alertPort(), p.defaults,
                         p.notifications, p.queue, p.logging),
+      themeColors(p.defaults, p.logging),
+      themeManager({.defaults = p.defaults,
+                    .accentColors = themeColors,
+                    .appearance = p.desktop.systemAppearancePort(),
+                    .clock = p.queue.clock(),
+                    .logging = p.logging,
+                    .themesFolder = themesFolderOf(p)}),
+      toastManager(p.defaults, p.queue, p.logging),
       workspaceService(p.defaults, p.notifications, p.queue.clock(), p.logging, configFolderOf(p)),
       spaceManager(workspaceService, p.defaults, p.notifications, p.queue.clock(), p.logging,
                    configFolderOf(p),
@@ -79,8 +91,9 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
       layoutService({p.desktop.accessibilityPort(), p.desktop.windowListPort(),
                      p.desktop.applicationsPort(), p.desktop.screenPort(), p.desktop.pointerPort()},
                     accessibilityElement, windowMover, layoutLock, p.defaults, p.queue, p.logging),
+      toastAnnouncer(workspaceRestoration, layoutService, toastManager),
       autoRestoreOnWake({.workspaces = workspaceService,
-                         .restorer = workspaceRestoration,
+                         .restorer = toastAnnouncer,
                          .displayMonitor = displayChangeMonitor,
                          .displayStability = displayStability,
                          .sleepWake = p.desktop.sleepWakePort(),
@@ -90,10 +103,11 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                          .defaults = p.defaults,
                          .queue = p.queue,
                          .logging = p.logging}),
-      commandPalette({spaceManager, workspaceService, customLayoutStore, layoutService,
-                      workspaceRestoration, shortcutBridge, p.desktop.applicationsPort(),
-                      p.defaults, p.notifications, p.logging, callbacks.previousFrontmostApp,
-                      callbacks.quit}),
+      commandPalette(
+          {spaceManager, workspaceService, customLayoutStore, layoutService, toastAnnouncer,
+           shortcutBridge, p.desktop.applicationsPort(), p.defaults, p.notifications, p.logging,
+           callbacks.previousFrontmostApp, callbacks.quit,
+           [this](const CustomLayoutTemplate& layout) { toastAnnouncer.applyLayout(layout); }}),
       loggingWindowPresenter(p.logging),
       windowPresenter(p.windowPresenter ? *p.windowPresenter : loggingWindowPresenter),
       shortcutService({.shortcutBridge = shortcutBridge,
@@ -102,7 +116,7 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .workspaceService = workspaceService,
                        .spaceManager = spaceManager,
                        .layoutStore = customLayoutStore,
-                       .restorer = workspaceRestoration,
+                       .restorer = toastAnnouncer,
                        .windowPresenter = windowPresenter,
                        .events = p.desktop.eventMonitorPort(),
                        .defaults = p.defaults,
@@ -112,7 +126,7 @@ ServiceRoot::ServiceRoot(const ProcessPlumbing& p, ServiceCallbacks c)
                        .applyLayout =
                            [this](const Uuid& templateId) {
                                if (const auto* layout = customLayoutStore.find(templateId)) {
-                                   layoutService.applyCustomLayout(*layout);
+                                   toastAnnouncer.applyLayout(*layout);
                                }
                            }}),
       automationMethods(std::make_unique<AutomationMethods>(automationContext())) {
@@ -143,10 +157,12 @@ AutomationContext ServiceRoot::automationContext() {
         .layoutLock = layoutLock,
         .workspaceService = workspaceService,
         .workspaceCapture = workspaceCapture,
-        .restorer = workspaceRestoration,
+        .restorer = toastAnnouncer,
         .spaceManager = spaceManager,
         .shortcuts = shortcutService,
         .importExport = importExport,
+        .themes = themeManager,
+        .announcer = toastAnnouncer,
         .logbook = plumbing.logbook,
         .logging = plumbing.logging,
         .version = plumbing.version,

@@ -11,6 +11,10 @@
 
 #include "app/permission_manager.h"
 #include "app/shortcut_service.h"
+#include "app/toast_announcer.h"
+#include "appearance/theme_color_service.h"
+#include "appearance/theme_manager.h"
+#include "appearance/toast_manager.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/main_queue.h"
@@ -142,6 +146,11 @@ public:
 
     PermissionManager permissionManager;
 
+    // The user's accent colours, the themes, and the one toast on screen.
+    ThemeColorService themeColors;
+    ThemeManager themeManager;
+    ToastManager toastManager;
+
     // What the user keeps: workspaces and the spaces that group them.
     WorkspaceService workspaceService;
     SpaceManager spaceManager;
@@ -161,6 +170,9 @@ public:
     WorkspaceRestoration workspaceRestoration;
     // Places windows into a template's panes.
     LayoutService layoutService;
+    // What every restoration and layout application goes through, so the user sees it run and
+    // end; imports report to it too.
+    ToastAnnouncer toastAnnouncer;
     // Restores the last workspace when the displays change or the machine wakes, if asked to.
     AutoRestoreOnWakeService autoRestoreOnWake;
     // The command palette: its rows, keys and what they do, and when its window opens.

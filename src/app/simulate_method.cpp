@@ -25,11 +25,12 @@ struct Simulation {
     std::optional<std::uint64_t> modifiers;
     std::optional<std::string> launch;
     std::optional<ProcessId> quit;
+    std::optional<SystemAppearance> appearance;
 };
 
 // The params in the order they are applied.
-constexpr std::string_view kParamNames[] = {"displays",  "sleep",  "userFrame", "mouse",
-                                            "modifiers", "launch", "quit"};
+constexpr std::string_view kParamNames[] = {"displays",  "sleep",      "userFrame", "mouse",
+                                            "modifiers", "appearance", "launch",    "quit"};
 
 [[noreturn]] void refuse(const std::string& name, const std::string& problem) {
     throw MCPError::invalidParam("Invalid param " + name + ": " + problem);
@@ -176,6 +177,16 @@ ProcessId readQuit(const Json& value, SimulatedDesktop& desktop) {
     return static_cast<ProcessId>(*pid);
 }
 
+SystemAppearance readAppearance(const Json& value) {
+    for (const auto appearance :
+         {SystemAppearance::light, SystemAppearance::dark, SystemAppearance::unknown}) {
+        if (value.is_string() && value.get<std::string>() == systemAppearanceName(appearance)) {
+            return appearance;
+        }
+    }
+    refuse("appearance", R"(expected "light", "dark" or "unknown")");
+}
+
 Simulation readSimulation(const MethodParams& params, SimulatedDesktop& desktop) {
     if (const Json& raw = params.raw(); raw.is_object()) {
         const std::set<std::string_view> known(std::begin(kParamNames), std::end(kParamNames));
@@ -210,6 +221,9 @@ Simulation readSimulation(const MethodParams& params, SimulatedDesktop& desktop)
     if (const auto* quit = params.find("quit")) {
         simulation.quit = readQuit(*quit, desktop);
     }
+    if (const auto* appearance = params.find("appearance")) {
+        simulation.appearance = readAppearance(*appearance);
+    }
     return simulation;
 }
 
@@ -231,6 +245,9 @@ void applyAtOnce(const Simulation& simulation, SimulatedDesktop& desktop) {
     if (simulation.modifiers) {
         desktop.postEvent(
             {EventType::flagsChanged, desktop.mouseLocation(), *simulation.modifiers, 0});
+    }
+    if (simulation.appearance) {
+        desktop.setSystemAppearance(*simulation.appearance);
     }
 }
 

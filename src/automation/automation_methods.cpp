@@ -20,6 +20,7 @@ AutomationMethods::AutomationMethods(AutomationContext context)
     addSetupMethods(methods_, context_);
     addCaptureMethods(methods_, context_);
     addShortcutMethods(methods_, context_);
+    addThemeMethods(methods_, context_);
 }
 
 void AutomationMethods::add(const std::string& method, MethodHandler handler) {

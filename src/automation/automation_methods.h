@@ -8,7 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "appearance/theme_manager.h"
 #include "automation/method_dispatcher.h"
+#include "automation/outcome_announcer.h"
 #include "diagnostics/logbook.h"
 #include "diagnostics/logging_service.h"
 #include "foundation/main_queue.h"
@@ -44,6 +46,9 @@ struct AutomationContext {
     SpaceManager& spaceManager;
     ShortcutDirectory& shortcuts;
     WorkspaceImportExportService& importExport;
+    ThemeManager& themes;
+    // Hears how layouts and imports a client started ended, to tell the user.
+    OutcomeAnnouncer& announcer;
     Logbook& logbook;
     LoggingService& logging;
     // "Corvetta 0.1.0".

@@ -152,7 +152,9 @@ void applyWorkspaceLayout(const SharedContext& context, const MethodParams& para
                           MethodReply& reply) {
     const auto& layout = requireLayout(*context, params.requiredText("name"));
     context->layoutService.applyCustomLayout(
-        layout, [reply = std::exchange(reply, nullptr)](const LayoutResult& result) {
+        layout, [context, name = layout.name,
+                 reply = std::exchange(reply, nullptr)](const LayoutResult& result) {
+            context->announcer.layoutApplied(name, result);
             if (!result) {
                 reply(unexpected(std::string(description(result.error()))));
                 return;

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "automation/mcp_error.h"
@@ -63,10 +64,18 @@ Json importPreview(const AutomationContext& context, const MethodParams& params)
 }
 
 Json importSetup(const AutomationContext& context, const MethodParams& params) {
-    const auto file = readImport(context, requiredAbsolutePath(params));
-    const auto resolved = context.importExport.resolve(file);
+    const auto path = requiredAbsolutePath(params);
+    std::optional<ImportResult> file;
+    try {
+        file = readImport(context, path);
+    } catch (const MCPError& error) {
+        context.announcer.setupImportFailed(error.description());
+        throw;
+    }
+    const auto resolved = context.importExport.resolve(*file);
     const auto applied = context.importExport.apply(resolved);
-    Json answer = summary(file, resolved);
+    context.announcer.setupImported(resolved);
+    Json answer = summary(*file, resolved);
     Json changed = applied.settings.changedKeys;
     for (const auto& name : applied.settings.changedShortcuts) {
         changed.push_back(name);

@@ -36,6 +36,8 @@ void addSetupMethods(MethodTable& table, const SharedContext& context);
 
 // list_shortcuts, set_shortcut.
 void addShortcutMethods(MethodTable& table, const SharedContext& context);
+// import_theme, list_themes, select_theme, delete_theme.
+void addThemeMethods(MethodTable& table, const SharedContext& context);
 // The methods log as part of the automation bridge.
 inline Logger methodsLogger(const AutomationContext& context) {
     return Logger(context.logging, "MCPBridgeService", LogCategory::mcp());

@@ -398,6 +398,14 @@ void CommandPaletteModel::dismiss() {
     }
 }
 
+void CommandPaletteModel::applyLayout(const CustomLayoutTemplate& layout) {
+    if (services_.applyLayout) {
+        services_.applyLayout(layout);
+    } else {
+        services_.layoutService.applyCustomLayout(layout);
+    }
+}
+
 void CommandPaletteModel::activate(const PaletteRow& row) {
     const auto& item = row.item;
     recents_.record(item.identity());
@@ -410,9 +418,9 @@ void CommandPaletteModel::activate(const PaletteRow& row) {
             *workspace, RestoreTrigger::user,
             [logger = logger_](const RestoreReport& report) { logger.info(report.summary); });
     } else if (const auto* builtIn = item.as<PaletteBuiltInLayout>()) {
-        services_.layoutService.applyCustomLayout(builtIn->layout);
+        applyLayout(builtIn->layout);
     } else if (const auto* layout = item.as<CustomLayoutTemplate>()) {
-        services_.layoutService.applyCustomLayout(*layout);
+        applyLayout(*layout);
     } else if (const auto* action = item.as<PaletteAction>()) {
         runAction(*action);
     }

@@ -65,6 +65,8 @@ public:
         std::function<std::optional<RunningApplication>()> previousFrontmostApp;
         // Quits the program.
         std::function<void()> quit;
+        // Applies a layout the user picked; without one, the layout service does it quietly.
+        std::function<void(const CustomLayoutTemplate&)> applyLayout = {};
     };
 
     explicit CommandPaletteModel(Services services);
@@ -136,6 +138,7 @@ private:
     void changed();
     void dismiss();
     void activate(const PaletteRow& row);
+    void applyLayout(const CustomLayoutTemplate& layout);
     void runAction(const PaletteAction& action);
     void closePanel();
     std::vector<PaletteItemAction> itemActionsFor(const PaletteItem& item);

@@ -13,6 +13,7 @@
 #include "platform/pointer.h"
 #include "platform/screen.h"
 #include "platform/sleep_wake.h"
+#include "platform/system_appearance.h"
 #include "platform/window_list.h"
 
 namespace corvetta {
@@ -35,6 +36,7 @@ public:
     virtual HotKeyPort& hotKeyPort() = 0;
     virtual SleepWakePort& sleepWakePort() = 0;
     virtual OpeningPort& openingPort() = 0;
+    virtual SystemAppearancePort& systemAppearancePort() = 0;
 
     // Calls `done` on the main queue once the backend has caught up with every request made
     // before this call (an X server has processed them) and the work already queued has run, so

@@ -34,7 +34,7 @@ TEST_F(SimulateMethodTest, AnyMalformedParamIsRefusedByNameAndNothingIsApplied) 
         "(262144), Option (524288) and Command (1048576) only";
     const std::pair<const char*, std::string> rows[] = {
         {R"({"slep": true})",
-         "Invalid param slep: unknown (known params: displays, launch, "
+         "Invalid param slep: unknown (known params: appearance, displays, launch, "
          "modifiers, mouse, quit, sleep, userFrame)"},
         {R"({"displays": []})", "Invalid param displays: expected at least one display"},
         {R"({"displays": [{"id": 1, "frame": [0, 0, 9, 9]}, {"id": 1, "frame": [9, 0, 9, 9]}]})",
@@ -60,6 +60,8 @@ TEST_F(SimulateMethodTest, AnyMalformedParamIsRefusedByNameAndNothingIsApplied) 
         {R"({"quit": "editor"})", "Invalid param quit: expected a pid"},
         {R"({"quit": 999})", "Not found: running app with pid 999"},
         {R"({"quit": 1})", "Invalid param quit: pid 1 is Corvetta itself"},
+        {R"({"appearance": "dim"})",
+         R"(Invalid param appearance: expected "light", "dark" or "unknown")"},
     };
     listen();
     for (const auto& [bad, message] : rows) {

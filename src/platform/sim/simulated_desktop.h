@@ -10,6 +10,7 @@
 #include "foundation/main_queue.h"
 #include "platform/desktop.h"
 #include "platform/in_memory_screens.h"
+#include "platform/settable_system_appearance.h"
 #include "platform/sim/simulated_alerts.h"
 #include "platform/sim/simulated_desktop_setup.h"
 #include "platform/sim/simulated_hot_keys.h"
@@ -47,6 +48,7 @@ public:
     HotKeyPort& hotKeyPort() override { return hotKeys_; }
     SleepWakePort& sleepWakePort() override { return *this; }
     OpeningPort& openingPort() override { return *opening_; }
+    SystemAppearancePort& systemAppearancePort() override { return appearance_; }
     // Nothing lags behind the model itself: `done` runs on the next queue turn.
     void synchronize(std::function<void()> done) override;
 
@@ -78,6 +80,8 @@ public:
     void postEvent(const InputEvent& event, bool toThisApplication = false);
     // The system sleeps and wakes: the sleep observers, then the wake observers, are called.
     void sleepAndWake();
+    // The desktop switches to light or dark, or stops saying which.
+    void setSystemAppearance(SystemAppearance appearance) { appearance_.set(appearance); }
     // This program comes to the front, as when its menu or palette opens.
     void activateThisApplication();
 
@@ -143,6 +147,7 @@ private:
     std::shared_ptr<State> state_;
     SimulatedAlerts alerts_;
     std::unique_ptr<SimulatedOpening> opening_;
+    SettableSystemAppearance appearance_;
 };
 
 }  // namespace corvetta

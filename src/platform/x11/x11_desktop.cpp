@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "platform/linux/logind_sleep_watcher.h"
+#include "platform/linux/portal_appearance.h"
 #include "platform/x11/x11_accessibility.h"
 #include "platform/x11/x11_alerts.h"
 #include "platform/x11/x11_applications.h"
@@ -59,7 +60,8 @@ struct X11Desktop::Parts {
           pointer(connection->raw(), connection->root(), primaryInRoot(), repliesRead()),
           eventMonitor(connection->raw(), connection->root(), queue, primaryInRoot(),
                        repliesRead()),
-          sleepWake(queue, std::move(report)) {
+          sleepWake(queue, report),
+          appearance(queue, std::move(report)) {
         // Hot keys and raw input take theirs first; the rest see what they leave.
         inputEvents = connection->addEventHandler([this](const xcb_generic_event_t& event) {
             return hotKeys.handleEvent(event) || eventMonitor.handleEvent(event);
@@ -89,6 +91,7 @@ struct X11Desktop::Parts {
     X11Pointer pointer;
     X11EventMonitor eventMonitor;
     LogindSleepWatcher sleepWake;
+    PortalAppearanceWatcher appearance;
     Registration inputEvents;
 };
 
@@ -134,6 +137,10 @@ AlertPort& X11Desktop::alertPort() {
 HotKeyPort& X11Desktop::hotKeyPort() {
     return parts_->hotKeys;
 }
+SystemAppearancePort& X11Desktop::systemAppearancePort() {
+    return parts_->appearance;
+}
+
 SleepWakePort& X11Desktop::sleepWakePort() {
     return parts_->sleepWake;
 }

@@ -37,6 +37,7 @@ public:
     AlertPort& alertPort() override;
     HotKeyPort& hotKeyPort() override;
     SleepWakePort& sleepWakePort() override;
+    SystemAppearancePort& systemAppearancePort() override;
     OpeningPort& openingPort() override;
     // How often the program has waited for the X server so far (X11Connection::roundTrips).
     std::uint64_t roundTrips() const;
