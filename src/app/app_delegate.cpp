@@ -291,6 +291,11 @@ void AppDelegate::logShortcutsNotRegistered() {
         listed += (listed.empty() ? "" : ", ") + name + " (" + combination + ")";
     }
     logger_.warning("Shortcuts not registered, their combinations are in use: " + listed);
+    // Said once on screen too, so a first key press that does nothing is never a mystery.
+    services_.toastManager.show(
+        ToastData::make("Another program holds " + std::to_string(refused.size()) +
+                            (refused.size() == 1 ? " shortcut: " : " shortcuts: ") + listed,
+                        ToastStyle::error));
 }
 
 std::string AppDelegate::statusMessage() const {

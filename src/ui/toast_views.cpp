@@ -142,8 +142,9 @@ void ToastContentView::paintEvent(QPaintEvent*) {
 }
 
 ToastContainerView::ToastContainerView(const ViewColors& colors)
+    // An overlay the window manager leaves alone, as the pill is (docs/interface.md).
     : QWidget(nullptr, Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint |
-                           Qt::WindowDoesNotAcceptFocus),
+                           Qt::WindowDoesNotAcceptFocus | Qt::BypassWindowManagerHint),
       colors_(colors),
       content_(new ToastContentView(colors, this)) {
     setAttribute(Qt::WA_TranslucentBackground);

@@ -1,8 +1,10 @@
 #include "ui/ui_shell.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QCursor>
 #include <QDesktopServices>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QUrl>
@@ -15,6 +17,8 @@
 #include "ui/drift_pill_window.h"
 #include "ui/save_workspace_window.h"
 #include "ui/status_item.h"
+#include "ui/theme_view_colors.h"
+#include "ui/toast_window_controller.h"
 
 namespace corvetta {
 
@@ -69,7 +73,44 @@ UiShell::UiShell(AppDelegate& delegate)
                                                     ViewColors::fallback(), displayHolding)),
       cycleHudWindow_(std::make_unique<CycleHudWindow>(
           delegate.services().shortcutService.cycle(), delegate.services().plumbing.notifications,
-          ViewColors::fallback(), displayUnderPointer)) {}
+          ViewColors::fallback(), displayUnderPointer)),
+      toastDisplay_(delegate.services().toastManager.observe([this] {
+          // A toast shows where the user is looking when it comes.
+          if (toastWindow_ && delegate_.services().toastManager.isPresented()) {
+              toastWindow_->presentOn(displayUnderPointer());
+          }
+      })),
+      toastWindow_(std::make_unique<ToastWindowController>(delegate.services().toastManager,
+                                                           ViewColors::fallback())) {
+    auto& themes = delegate.services().themeManager;
+    // Until the desktop says light or dark, the application palette does; it changes with it.
+    followPaletteAppearance(themes);
+    qApp->installEventFilter(this);
+    themeObservation_ = themes.observe([this] { applyTheme(); });
+    toastWindow_->presentOn(displayUnderPointer());
+    applyTheme();
+}
+
+bool UiShell::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
+        followPaletteAppearance(delegate_.services().themeManager);
+    }
+    return false;
+}
+
+void UiShell::applyTheme() {
+    const ViewColors colors = viewColorsOf(delegate_.services().themeManager);
+    paletteWindow_->setColors(colors);
+    pillWindow_->setColors(colors);
+    cycleHudWindow_->setColors(colors);
+    toastWindow_->setColors(colors);
+    if (saveWorkspaceWindow_) {
+        saveWorkspaceWindow_->setColors(colors);
+    }
+    if (addSpaceWindow_) {
+        addSpaceWindow_->setColors(colors);
+    }
+}
 
 UiShell::~UiShell() = default;
 
@@ -77,7 +118,8 @@ void UiShell::showSaveWorkspaceWindow() {
     if (!saveWorkspaceWindow_) {
         auto& services = delegate_.services();
         saveWorkspaceWindow_ = std::make_unique<SaveWorkspaceWindow>(
-            services.saveWorkspaceForm, services.plumbing.notifications, ViewColors::fallback());
+            services.saveWorkspaceForm, services.plumbing.notifications,
+            viewColorsOf(services.themeManager));
         saveWorkspaceWindow_->setClosedHandler([this] { giveFocusBack(); });
     }
     saveWorkspaceWindow_->presentOn(displayUnderPointer());
@@ -86,8 +128,9 @@ void UiShell::showSaveWorkspaceWindow() {
 void UiShell::showAddSpaceWindow() {
     if (!addSpaceWindow_) {
         auto& services = delegate_.services();
-        addSpaceWindow_ = std::make_unique<AddSpaceWindow>(
-            services.addSpaceForm, services.plumbing.notifications, ViewColors::fallback());
+        addSpaceWindow_ =
+            std::make_unique<AddSpaceWindow>(services.addSpaceForm, services.plumbing.notifications,
+                                             viewColorsOf(services.themeManager));
         addSpaceWindow_->setClosedHandler([this] { giveFocusBack(); });
     }
     addSpaceWindow_->presentOn(displayUnderPointer());

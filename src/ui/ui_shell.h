@@ -1,9 +1,11 @@
 // ui_shell.h: The interface once the services run: the status item and the windows it opens.
 #pragma once
 
+#include <QObject>
 #include <memory>
 
 #include "app/app_delegate.h"
+#include "foundation/registration.h"
 #include "shortcuts/window_presenter.h"
 
 namespace corvetta {
@@ -15,10 +17,11 @@ class DriftPillWindow;
 class CycleHudWindow;
 class SaveWorkspaceWindow;
 class AddSpaceWindow;
+class ToastWindowController;
 
 // Builds every surface of the interface over the launched services and opens the windows the
 // shortcuts and the menu ask for. Lives between the launch and the end of the loop.
-class UiShell final : public WindowPresenter {
+class UiShell final : public QObject, public WindowPresenter {
 public:
     explicit UiShell(AppDelegate& delegate);
     ~UiShell() override;
@@ -33,6 +36,9 @@ public:
 private:
     // A dialog hands the keyboard back to the application the user was in.
     void giveFocusBack();
+    // Every window draws with the theme in force, light or dark.
+    void applyTheme();
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     AppDelegate& delegate_;
     Logger logger_;
@@ -42,6 +48,10 @@ private:
     std::unique_ptr<CycleHudWindow> cycleHudWindow_;
     std::unique_ptr<SaveWorkspaceWindow> saveWorkspaceWindow_;
     std::unique_ptr<AddSpaceWindow> addSpaceWindow_;
+    // Before the toast window, so a toast's display is chosen before the window follows it.
+    Registration toastDisplay_;
+    std::unique_ptr<ToastWindowController> toastWindow_;
+    Registration themeObservation_;
     std::unique_ptr<AboutWindow> aboutWindow_;
 };
 

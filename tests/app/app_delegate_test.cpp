@@ -231,6 +231,10 @@ TEST_F(AppDelegateTest, TheMenuListsTheRecordsRunsTheirCommandsAndMarksCombinati
     EXPECT_EQ(delegate->statusMenu().item("snapLeft")->shortcutLabel, "⌃⌥← (in use)");
     EXPECT_TRUE(delegate->statusMenu().item("snapLeft")->isShortcutInUse);
     EXPECT_FALSE(delegate->statusMenu().item("snapRight")->isShortcutInUse);
+    // And said once on screen at start.
+    ASSERT_TRUE(services.toastManager.current());
+    EXPECT_EQ(services.toastManager.current()->message,
+              "Another program holds 1 shortcut: leftHalf (⌃⌥←)");
     EXPECT_EQ(delegate->statusMenu().item("restoreSavedWorkspaceMenuItem"), std::nullopt);
 
     // The submenus follow the stores.

@@ -108,5 +108,30 @@ TEST_F(InterfaceOnX11, ThePillAppearsOnceTiledWindowsDriftAndResetPutsThemBack) 
     EXPECT_TRUE(x().waitUntilUnmapped(*pill)) << "the pill stayed after the windows came back";
 }
 
+TEST_F(InterfaceOnX11, ARestoreIsAnnouncedWithAToastThatGoesAwayByItself) {
+    startDesktop();
+    startPanel();
+    startCorvetta();
+    const uint32_t window = startClient({"--title", "notes", "--geometry", "400x300+100+100"});
+    ASSERT_THAT(request("capture_workspace", R"({"name":"Work"})"), HasSubstr("Work"));
+    const XFrame saved = frameOf(window);
+    ASSERT_TRUE(x().activate(window));
+    request("perform_action", R"({"action":"rightHalf"})");
+    sync();
+    ASSERT_NE(frameOf(window), saved);
+
+    ASSERT_THAT(request("restore_workspace", R"({"name":"Work"})"), HasSubstr("Work"));
+    ASSERT_TRUE(corvettaSaid("Toast shown: Restored 'Work'", std::chrono::seconds(10)));
+    const auto toast = x().waitForOverlayTitled("Corvetta notice");
+    ASSERT_TRUE(toast) << "the toast was not drawn";
+    sync();
+    EXPECT_EQ(frameOf(window), saved);
+    // Near the top of the display, centred over it.
+    const XFrame at = frameOf(*toast);
+    EXPECT_LT(at.y, 100);
+    EXPECT_NEAR(at.x + at.width / 2, 640, 2);
+    EXPECT_TRUE(x().waitUntilUnmapped(*toast)) << "the toast stayed";
+}
+
 }  // namespace
 }  // namespace corvetta::testing
