@@ -8,6 +8,7 @@
 #include <string>
 
 #include "foundation/main_queue.h"
+#include "platform/linux/main_queue_bus.h"
 #include "platform/sleep_wake.h"
 
 namespace corvetta {
@@ -28,13 +29,12 @@ public:
     LogindSleepWatcher(const LogindSleepWatcher&) = delete;
     LogindSleepWatcher& operator=(const LogindSleepWatcher&) = delete;
 
-    bool isListening() const { return bus_ != nullptr; }
+    bool isListening() const { return bus_ != nullptr && !bus_->isLost(); }
 
     Registration observeWillSleep(std::function<void()> handler) override;
     Registration observeDidWake(std::function<void()> handler) override;
 
 private:
-    struct Bus;
     struct Observers {
         std::map<std::uint64_t, std::function<void()>> willSleep;
         std::map<std::uint64_t, std::function<void()>> didWake;
@@ -44,12 +44,10 @@ private:
 
     Registration add(Handlers handlers, std::function<void()> handler);
     void announce(bool goingToSleep);
-    void stopListening(const std::string& why);
 
-    MainQueue& queue_;
     Report report_;
     std::shared_ptr<Observers> observers_ = std::make_shared<Observers>();
-    std::unique_ptr<Bus> bus_;
+    std::unique_ptr<MainQueueBus> bus_;
 };
 
 }  // namespace corvetta

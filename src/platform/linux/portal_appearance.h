@@ -7,6 +7,7 @@
 
 #include "foundation/main_queue.h"
 #include "foundation/observer_list.h"
+#include "platform/linux/main_queue_bus.h"
 #include "platform/system_appearance.h"
 
 namespace corvetta {
@@ -32,17 +33,17 @@ public:
     }
 
 private:
-    struct Bus;
-
+    void ask(const char* method);
+    void onReply(sd_bus_message* message);
     void update(SystemAppearance appearance);
     void giveUp(const std::string& why);
 
-    MainQueue& queue_;
     Report report_;
     SystemAppearance appearance_ = SystemAppearance::unknown;
     ObserverList<SystemAppearance> observers_;
     bool reported_ = false;
-    std::unique_ptr<Bus> bus_;
+    bool triedRead_ = false;
+    std::unique_ptr<MainQueueBus> bus_;
 };
 
 }  // namespace corvetta
