@@ -6,12 +6,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
-#include <QPainterPath>
 #include <QScreen>
 #include <QVBoxLayout>
 
 #include "ui/palette_item_actions_view.h"
 #include "ui/palette_list_view.h"
+#include "ui/panel_painter.h"
 
 namespace corvetta {
 
@@ -181,15 +181,9 @@ bool CommandPaletteWindow::event(QEvent* event) {
 
 void CommandPaletteWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath shape;
-    shape.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
-                         kCornerRadius);
     // Without a compositor the translucent corners show black; the opaque card colour keeps the
     // window readable either way.
-    painter.fillPath(shape, colors_.windowBackground());
-    painter.setPen(QPen(colors_.borderPanel, 1));
-    painter.drawPath(shape);
+    paintPanel(painter, rect(), kCornerRadius, colors_.windowBackground(), colors_.borderPanel);
     // A line under the search field.
     const int y = search_->geometry().bottom() + 4;
     painter.setPen(colors_.borderCard);

@@ -6,6 +6,8 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "ui/panel_painter.h"
+
 namespace corvetta {
 
 namespace {
@@ -122,13 +124,9 @@ void CycleHudWindow::sync() {
 
 void CycleHudWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     QColor background = colors_.windowBackground();
     background.setAlphaF(std::max(background.alphaF(), 0.92F));
-    painter.setPen(QPen(colors_.borderPanel, 1));
-    painter.setBrush(background);
-    painter.drawRoundedRect(panel, 16, 16);
+    paintPanel(painter, rect(), 16, background, colors_.borderPanel);
 
     const int inner = width() - 2 * kPadding;
     int y = kPadding;

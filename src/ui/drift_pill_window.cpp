@@ -11,6 +11,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "ui/panel_painter.h"
+
 namespace corvetta {
 
 namespace {
@@ -186,15 +188,11 @@ void DriftPillWindow::placeOn(const QRect& area) {
 
 void DriftPillWindow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(QPen(colors_.borderPanel, 1));
     // Nearly opaque whatever the theme's translucency: without a compositor whatever shows
     // through is black, and the buttons must stay readable over busy windows.
     QColor background = colors_.windowBackground();
     background.setAlphaF(std::max(background.alphaF(), 0.92F));
-    painter.setBrush(background);
-    painter.drawRoundedRect(panel, panel.height() / 2, panel.height() / 2);
+    paintPanel(painter, rect(), (height() - 1) / 2.0, background, colors_.borderPanel);
 }
 
 }  // namespace corvetta

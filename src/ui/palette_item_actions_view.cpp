@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "palette/command_palette_model.h"
+#include "ui/panel_painter.h"
 
 namespace corvetta {
 
@@ -95,12 +96,7 @@ void PaletteItemActionsView::refresh() {
 
 void PaletteItemActionsView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath card;
-    card.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 10, 10);
-    painter.fillPath(card, colors_.backgroundCard);
-    painter.setPen(colors_.borderPanel);
-    painter.drawPath(card);
+    paintPanel(painter, rect(), 10, colors_.backgroundCard, colors_.borderPanel);
     if (confirmation_->isVisible()) {
         return;
     }

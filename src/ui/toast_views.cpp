@@ -2,8 +2,9 @@
 
 #include <QFontMetrics>
 #include <QPainter>
-#include <QPainterPath>
 #include <cmath>
+
+#include "ui/panel_painter.h"
 
 namespace corvetta {
 
@@ -170,13 +171,7 @@ void ToastContainerView::setColors(const ViewColors& colors) {
 
 void ToastContainerView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    QPainterPath card;
-    card.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
-                        kCornerRadius);
-    painter.fillPath(card, colors_.windowBackground());
-    painter.setPen(QPen(colors_.borderPanel, 1));
-    painter.drawPath(card);
+    paintPanel(painter, rect(), kCornerRadius, colors_.windowBackground(), colors_.borderPanel);
 }
 
 }  // namespace corvetta
